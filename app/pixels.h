@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+namespace tristop {
+
+struct FreeDeleter {
+    void operator()(uint8_t *pixels) const { std::free(pixels); }
+};
+
+/// A pixel block on the C heap, freed by its owner; null where there is none.
+using PixelBuffer = std::unique_ptr<uint8_t[], FreeDeleter>;
+
+/// A zeroed block of `bytes` bytes, or null when there is not enough memory.
+inline PixelBuffer allocPixels(size_t bytes) {
+    return PixelBuffer(static_cast<uint8_t *>(std::calloc(bytes > 0 ? bytes : 1, 1)));
+}
+
+/// `value` rounded up to a multiple of four.
+constexpr int32_t roundUpTo4(int32_t value) {
+    return ((value * 8 + 31) / 32) * 4;
+}
+
+/// Bytes from one row of a BGR picture to the next: three a pixel, rounded up to a multiple of four.
+constexpr int32_t bgrLineBytes(int32_t width) {
+    return ((width * 24 + 31) / 32) * 4;
+}
+
+/**
+ * Bytes behind the last row of a BGRX picture. An engine input is up to three pixels wider than its
+ * photograph and takes them from the start of the next row, so its last row reads these.
+ */
+constexpr size_t kBgrxSpareBytes = 12;
+
+/// A picture of four bytes a pixel (blue, green, red, filler), rows 4 * width bytes apart.
+struct BgrxImage {
+    int32_t width = 0;
+    int32_t height = 0;
+    PixelBuffer pixels; ///< 4 * width * height bytes, and kBgrxSpareBytes where the application drew it
+
+    size_t lineBytes() const { return size_t{4} * static_cast<size_t>(width); }
+};
+
+/// A borrowed BGR picture (blue, green, red) in sRGB, rows `lineBytes` apart.
+struct BgrView {
+    const uint8_t *pixels = nullptr;
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t lineBytes = 0;
+};
+
+/// A picture of three bytes a pixel (red, green, blue), rows `lineBytes` apart.
+struct RgbImage {
+    int32_t width = 0;
+    int32_t height = 0;
+    size_t lineBytes = 0;
+    PixelBuffer pixels; ///< lineBytes * height bytes
+};
+
+} // namespace tristop

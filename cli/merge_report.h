@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "app/file_error.h"
+#include "cli/options.h"
+#include "engine/hdr_engine.h"
+
+namespace tristop {
+
+/// Counts the time since its making.
+class Stopwatch {
+public:
+    double milliseconds() const {
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+};
+
+/// What is known of a merge when the command ends. A step that was not reached is absent.
+struct MergeReport {
+    ExitStatus exitStatus = kSuccess;
+    std::optional<FileError> error; ///< why the command failed; without a path when no file is to blame
+    int32_t width = 0;              ///< of the photographs and of the result, in pixels
+    int32_t height = 0;
+    std::optional<HdrStatus> engineStatus;
+    HdrRunInfo runInfo{}; ///< of a run that ended with HDR_OK
+    std::optional<double> decodeMilliseconds;
+    std::optional<double> mergeMilliseconds; ///< the engine run with its conversions
+    std::optional<double> effectMilliseconds;
+    std::optional<double> writeMilliseconds;
+    double totalMilliseconds = 0;
+};
+
+/// The report as one JSON object.
+std::string reportAsJson(const Options &options, const MergeReport &report);
+
+} // namespace tristop

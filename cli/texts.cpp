@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/texts.h"
+
+namespace tristop {
+
+std::string statusInWords(HdrStatus status) {
+    switch (status) {
+    case HDR_OK:
+        return "success";
+    case HDR_ERR_PARAM:
+        return "the pictures given to the engine are incomplete or do not fit together";
+    case HDR_ERR_FORMAT:
+        return "the engine does not handle this kind of picture";
+    case HDR_ERR_NOMEM:
+        return "there is not enough memory";
+    case HDR_ERR_SHIFT:
+        return "the photographs are too far apart to be merged";
+    case HDR_CANCELLED:
+        return "it was cancelled";
+    case HDR_ERR_ALIGN:
+        return "the photographs could not be aligned: they share too few details";
+    case HDR_ERR_ORDER:
+        return "the exposures are in the wrong order: the brightest is not the last";
+    case HDR_WARN_25:
+        return "it finished with a warning and gave no picture";
+    default:
+        return "the engine reported the unknown status " + std::to_string(status);
+    }
+}
+
+std::string fallbackInWords(HdrFallback fallback) {
+    switch (fallback) {
+    case HDR_FALLBACK_NONE:
+        return "the exposures were merged";
+    case HDR_FALLBACK_SHIFT:
+        return "an exposure is shifted by more than 64 pixels";
+    case HDR_FALLBACK_FEATURES:
+        return "an exposure shares too few details with the middle one to be aligned";
+    case HDR_FALLBACK_BRIGHT_MOTION:
+        return "the bright exposure differs over too much of the picture";
+    case HDR_FALLBACK_DARK_MOTION:
+        return "the dark exposure differs over too much of the picture";
+    case HDR_FALLBACK_SINGLE_INPUT:
+        return "only one picture was given";
+    }
+    return "the reason is unknown";
+}
+
+} // namespace tristop

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Runs the command as a user does: TRISTOP_CLI is the command, TRISTOP_FAULTY_CLI the same with an engine
+// that fails on demand.
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include "tests/app/photograph_files.h"
+
+namespace tristop::testing {
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+class CliTest : public ::testing::Test {
+protected:
+    CliTest() : names{path("dark.jpg"), path("middle.jpg"), path("bright.jpg")} {
+        for (size_t i = 0; i < names.size(); ++i)
+            writeJpeg(names[i], exposure(161, 120, static_cast<double>(1 << 2 * i)));
+    }
+
+    /// A lit wall with some pattern and a bright corner, under an exposure of 1, 4 or 16.
+    static TestPicture exposure(int width, int height, double factor) {
+        TestPicture picture(width, height);
+        uint32_t state = 9;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                state = state * 1664525 + 1013904223;
+                const double pattern = 1 + 0.4 * std::sin(x * 0.21 + y * 0.07) * std::sin(y * 0.17) +
+                                       0.1 * static_cast<double>(state >> 24) / 255;
+                const double light = pattern * (x > width / 2 && y < height / 2 ? 0.2 : 0.01) * factor;
+                const double value = 255 * std::min(1.0, std::pow(light, 1 / 2.2));
+                picture.set(x, y,
+                            {static_cast<uint8_t>(value), static_cast<uint8_t>(value * 0.9),
+                             static_cast<uint8_t>(value * 0.7)});
+            }
+        return picture;
+    }
+
+    std::string path(const std::string &name) const { return folder.path(name); }
+
+    /// `setUp` is shell code before the command, such as variables or limits.
+    Outcome run(const std::vector<std::string> &arguments, const std::string &program = TRISTOP_CLI,
+                const std::string &setUp = "") {
+        const std::string outFile = path("stdout"), errFile = path("stderr");
+        std::string command = setUp + " '" + program + "'";
+        for (const std::string &argument : arguments)
+            command += " '" + argument + "'";
+        command += " >'" + outFile + "' 2>'" + errFile + "'";
+        const int result = std::system(command.c_str());
+        const auto text = [](const std::string &file) {
+            const auto bytes = readFile(file);
+            return std::string(bytes.begin(), bytes.end());
+        };
+        Outcome outcome{WIFEXITED(result) ? WEXITSTATUS(result) : 128 + WTERMSIG(result), text(outFile),
+                        text(errFile)};
+        std::filesystem::remove(outFile);
+        std::filesystem::remove(errFile);
+        return outcome;
+    }
+
+    /// Expects an error of one line on standard error, nothing on standard output and no picture.
+    void expectError(const Outcome &outcome, int status, const std::string &message) {
+        EXPECT_EQ(outcome.status, status) << outcome.err;
+        EXPECT_EQ(outcome.err, "tristop-cli: " + message + "\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_FALSE(std::filesystem::exists(path("out.png")));
+    }
+
+    TemporaryFolder folder;
+    std::array<std::string, 3> names;
+};
+
+TEST_F(CliTest, tellsAboutItself) {
+    const Outcome help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char *option : {"--output", "--tone-length", "--brightness", "--tone-saturation", "--ghost",
+                               "--contrast", "--saturation", "--style", "--json", "--quiet", "--version"})
+        EXPECT_NE(help.out.find(option), std::string::npos) << option;
+    const Outcome version = run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.out.rfind("tristop-cli ", 0), 0u);
+}
+
+TEST_F(CliTest, refusesBadUsage) {
+    const auto &[dark, middle, bright] = names;
+    const std::string out = path("out.png");
+    const auto refused = [&](const std::vector<std::string> &more, const std::string &message) {
+        std::vector<std::string> arguments = {dark, middle, bright, "-o", out};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        expectError(run(arguments), 2, message);
+    };
+    expectError(run({}), 2, "three photographs are needed, not 0");
+    expectError(run({"--tone-lenght", "9", dark}), 2, "unknown option --tone-lenght");
+    expectError(run({dark, middle, bright}), 2, "the picture to write is missing: name it with -o OUT");
+    refused({dark}, "three photographs are needed, not 4");
+    refused({"--ghost", "99", "--unknown"}, "unknown option --unknown");
+    refused({"--tone-length", "101"}, "--tone-length: must be a whole number from 0 to 100, not 101");
+    refused({"--brightness", "-101"}, "--brightness: must be a whole number from -100 to 100, not -101");
+    refused({"--tone-saturation", "-1"}, "--tone-saturation: must be a whole number from 0 to 100, not -1");
+    refused({"--ghost", "0x5"}, "--ghost: must be a whole number from 0 to 10, not 0x5");
+    refused({"--ghost", "11"}, "--ghost: must be a whole number from 0 to 10, not 11");
+    refused({"--contrast", "1.5"}, "--contrast: must be a whole number from -100 to 100, not 1.5");
+    refused({"--saturation", "-101"}, "--saturation: must be a whole number from -100 to 100, not -101");
+    refused({"--style", "sepia"}, "--style: must be original, art or bw, not sepia");
+    refused({"--ghost"}, "--ghost: 1 required number missing");
+    const std::string twice = ": is given twice; a merge takes three different photographs";
+    expectError(run({dark, dark, dark, "-o", out}), 2, dark + twice);
+    const std::string detour = path("./middle.jpg");
+    expectError(run({middle, bright, detour, "-o", out}), 2, detour + twice);
+    expectError(run({dark, middle, bright, "-o", path("out.bmp")}), 2,
+                path("out.bmp") + ": its name must end in .png, .jpg or .jpeg");
+    expectError(run({dark, middle, bright, "-o", path("./dark.jpg")}), 2,
+                path("./dark.jpg") + ": the result would overwrite one of the photographs");
+    EXPECT_FALSE(readFile(dark).empty());
+}
+
+TEST_F(CliTest, namesThePhotographThatCannotBeUsed) {
+    const auto &[dark, middle, bright] = names;
+    const std::string odd = path("odd.jpg");
+    const auto expectReason = [&](const std::string &reason) {
+        expectError(run({dark, odd, bright, "-o", path("out.png")}), 3, odd + ": " + reason);
+    };
+    expectReason("does not exist");
+    writeFile(odd, {});
+    expectReason("is empty");
+    writeFile(odd, {'n', 'o', 't', 'e', 's'});
+    expectReason("is not a JPEG picture");
+    auto bytes = readFile(middle);
+    bytes.resize(bytes.size() / 2);
+    writeFile(odd, bytes);
+    expectReason("is truncated: it ends before its picture does");
+    writeJpeg(odd, exposure(160, 120, 4));
+    expectReason("has another size than " + dark + ": 160 x 120 pixels instead of 161 x 120 pixels");
+    writeJpeg(odd, exposure(161, 99, 4));
+    expectReason("is too small: 161 x 99 pixels, at least 100 x 100 are needed");
+    std::filesystem::remove(odd);
+    std::filesystem::create_directory(odd);
+    expectReason("is a folder");
+}
+
+TEST_F(CliTest, tellsWhenThePictureCannotBeWritten) {
+    const auto &[dark, middle, bright] = names;
+    const std::string nowhere = path("nowhere/out.png");
+    expectError(run({dark, middle, bright, "-o", nowhere}), 5,
+                nowhere + ": cannot be written: there is no folder " + path("nowhere"));
+    std::filesystem::create_directory(path("folder.png"));
+    expectError(run({dark, middle, bright, "-o", path("folder.png")}), 5,
+                path("folder.png") + ": cannot be written: it is a folder");
+    const std::string out = path("out.png");
+    expectError(run({dark, middle, bright, "-o", out, "--ghost", "010"}, TRISTOP_CLI, "ulimit -f 8;"), 5,
+                out + ": cannot be written: File too large");
+}
+
+TEST_F(CliTest, leavesNothingBehindWhenASignalEndsIt) {
+    const std::vector<std::string> arguments = {names[0], names[1], names[2], "-o", path("out.png")};
+    const auto before = folder.names();
+    EXPECT_EQ(run(arguments, TRISTOP_FAULTY_CLI, "TRISTOP_FAULT_SIGNAL=15").status, 128 + SIGTERM);
+    EXPECT_EQ(folder.names(), before);
+    EXPECT_EQ(run(arguments, TRISTOP_FAULTY_CLI, "trap '' HUP; TRISTOP_FAULT_SIGNAL=1").status, 0)
+        << "as nohup runs it";
+}
+
+TEST_F(CliTest, tellsWhenItsDescriptionIsLost) {
+    const Outcome outcome = run({names[0], names[1], names[2], "-o", path("out.png"), "--json"},
+                                TRISTOP_FAULTY_CLI, "exec >/dev/full; { cd .; }");
+    EXPECT_EQ(outcome.status, 5);
+}
+
+TEST_F(CliTest, saysInWordsWhyAMergeFailed) {
+    const std::vector<std::pair<int, std::string>> reasons = {
+        {2, "the pictures given to the engine are incomplete or do not fit together"},
+        {3, "the engine does not handle this kind of picture"},
+        {4, "there is not enough memory"},
+        {5, "the photographs are too far apart to be merged"},
+        {6, "it was cancelled"},
+        {23, "the photographs could not be aligned: they share too few details"},
+        {24, "the exposures are in the wrong order: the brightest is not the last"},
+        {25, "it finished with a warning and gave no picture"},
+        {99, "the engine reported the unknown status 99"},
+    };
+    const std::string out = path("out.png");
+    for (const auto &[status, reason] : reasons) {
+        const std::string environment = "TRISTOP_FAULT_STATUS=" + std::to_string(status);
+        expectError(run({names[0], names[1], names[2], "-o", out}, TRISTOP_FAULTY_CLI, environment), 4,
+                    "the merge failed: " + reason);
+        const Outcome described =
+            run({names[0], names[1], names[2], "-o", out, "--json"}, TRISTOP_FAULTY_CLI, environment);
+        const auto json = nlohmann::json::parse(described.out);
+        EXPECT_EQ(json["exitStatus"], 4);
+        EXPECT_EQ(json["status"]["code"], status);
+        EXPECT_EQ(json["status"]["reason"], reason);
+    }
+}
+
+TEST_F(CliTest, warnsOfASingleExposure) {
+    const std::vector<std::string> arguments = {names[0], names[1], names[2], "-o", path("out.png")};
+    const std::string environment = "TRISTOP_FAULT_FALLBACK=4";
+    const Outcome outcome = run(arguments, TRISTOP_FAULTY_CLI, environment);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err,
+              "tristop-cli: warning: the picture shows a single exposure: the dark exposure differs over "
+              "too much of the picture\n");
+    auto described = arguments;
+    described.insert(described.end(), {"--json", "--quiet"});
+    const Outcome quiet = run(described, TRISTOP_FAULTY_CLI, environment);
+    EXPECT_EQ(quiet.err, "");
+    EXPECT_EQ(nlohmann::json::parse(quiet.out)["fallback"]["code"], "dark-motion");
+}
+
+TEST_F(CliTest, mergesThreePhotographsInAnyOrderToTheSamePicture) {
+    std::array<size_t, 3> order = {0, 1, 2};
+    std::vector<uint8_t> first;
+    do {
+        const std::string out = path("out.png");
+        const Outcome outcome = run(
+            {names[order[0]], names[order[1]], names[order[2]], "-o", out, "--json", "--brightness", "-5"});
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        const auto json = nlohmann::json::parse(outcome.out);
+        EXPECT_EQ(json["size"]["width"], 161);
+        EXPECT_EQ(json["size"]["height"], 120);
+        EXPECT_EQ(json["status"]["code"], 0);
+        const std::array<std::string, 3> roles = {"dark", "middle", "bright"};
+        for (size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(json["photographs"][i]["file"], names[order[i]]);
+            EXPECT_EQ(json["photographs"][i]["role"], roles[order[i]]);
+        }
+        EXPECT_GT(json["milliseconds"]["total"], json["milliseconds"]["merge"]);
+        EXPECT_EQ(json["milliseconds"]["steps"].size(), 10u);
+        const TestPicture picture = readPng(out);
+        EXPECT_EQ(picture.width, 161) << "not the width rounded up";
+        EXPECT_EQ(picture.height, 120);
+        const auto bytes = readFile(out);
+        if (first.empty())
+            first = bytes;
+        EXPECT_EQ(bytes, first);
+    } while (std::ranges::next_permutation(order).found);
+}
+
+TEST_F(CliTest, appliesTheColourEffect) {
+    const auto picture = [this](const std::vector<std::string> &effect) {
+        std::vector<std::string> arguments = {names[0], names[1], names[2], "-o", path("out.png")};
+        arguments.insert(arguments.end(), effect.begin(), effect.end());
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.out + outcome.err, "") << "quiet when all is well";
+        return readPng(path("out.png"));
+    };
+    const TestPicture original = picture({}), art = picture({"--style", "art"}),
+                      grey = picture({"--style", "bw"});
+    const TestPicture saturated = picture({"--contrast", "30", "--saturation", "50"});
+    for (int i = 0; i < 120; i += 7) {
+        const auto [r, g, b] = original.at(i, i);
+        const auto luminance = static_cast<uint8_t>((601 * g + 306 * r + 117 * b) >> 10);
+        EXPECT_EQ(grey.at(i, i), (Rgb{luminance, luminance, luminance}));
+    }
+    EXPECT_NE(art.samples, original.samples);
+    EXPECT_NE(saturated.samples, original.samples);
+}
+
+} // namespace
+} // namespace tristop::testing
