@@ -25,7 +25,6 @@ struct HdrContext {
     int32_t creationMode;
     int32_t imageCount;
     int32_t alignmentMode;         ///< 3 at creation
-    int32_t reductionArea;         ///< 64: source pixels to a reduced pixel
     int32_t renderFlag;            ///< 1
     int32_t toneLength;            ///< 0..100
     int32_t brightness;            ///< -100..100

@@ -100,7 +100,6 @@ HdrStatus hdrCreate(MemContext *memory, int64_t creationMode, HdrContext **conte
         return HDR_ERR_NOMEM;
     made->creationMode = static_cast<int32_t>(static_cast<uint32_t>(creationMode));
     made->alignmentMode = 3;
-    made->reductionArea = kReduction * kReduction;
     made->renderFlag = 1;
     made->ghostMaskEnable = 1;
     made->toneLength = kDefaultToneLength;

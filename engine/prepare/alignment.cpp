@@ -22,6 +22,7 @@ constexpr int kLongSideCells = 5, kShortSideCells = 4;
 constexpr int kFeatureDistance = 5;
 /// Features without which no alignment is tried.
 constexpr int kFewestFeatures = 3;
+constexpr int kTrustedMatches = 7;
 
 /// Brings the luminance of the scratch picture to the reference's levels and makes it the input's registered
 /// picture.
@@ -51,7 +52,7 @@ HdrStatus alignWorkingPicture(MemContext *memory, HdrContext *context, int index
     });
     if (status != HDR_OK)
         return status;
-    if (!search.isBelievable())
+    if (!search.isBelievable(alignment.trustedMatches))
         return HDR_ERR_ALIGN;
     search.recordMatches(alignment.matchTables[index]);
     std::copy_n(alignment.matchTables[index], 2 * kFeatureCapacity,
@@ -93,6 +94,7 @@ HdrStatus buildFeatureGrid(MemContext *memory, HdrContext *context) {
     if (!alignment.featureTables || offscreenAlloc(&alignment.scratchImage, reduced.i32Width,
                                                    reduced.i32Height, HDR_FORMAT_YUV444, memory) != HDR_OK)
         return HDR_ERR_NOMEM;
+    alignment.trustedMatches = kTrustedMatches;
     alignment.warpWidth = warpNodeCount(reference.i32Width);
     alignment.warpHeight = warpNodeCount(reference.i32Height);
     const size_t nodes = static_cast<size_t>(alignment.warpWidth) * static_cast<size_t>(alignment.warpHeight);

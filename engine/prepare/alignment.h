@@ -31,6 +31,7 @@ struct Alignment {
     FeatureGrid *preparedState; ///< the reference's features; null between runs
     Offscreen *scratchImage;    ///< working picture of the reduced size, 0x604
     int32_t featureCount;       ///< features found in the reference
+    int32_t trustedMatches;     ///< 7: matched features that make a motion believable when they agree on it
     float *featureTables;       ///< [4][kFeatureCapacity]: x, y of the reference's features and x, y of their
                                 ///< latest matches, in reduced pixels
     float *matchTables[3]; ///< per input [3][kFeatureCapacity]: matched x and y in reduced pixels (negative

@@ -13,7 +13,7 @@ namespace hdr {
 namespace {
 
 /// Blocks aimed at, whatever the size of the picture, and the least distance between two of them in pixels.
-constexpr double kBlocksWanted = 600;
+constexpr double kBlocksWanted = 400;
 constexpr double kLeastSpacing = 16;
 
 /// Samples along a block's side, and how far from where it is expected it may be found.
@@ -28,8 +28,8 @@ constexpr int kAreaSide = kBlockSide + 2 * kMargin;
 /// Resampling positions and samples count in sixteenths.
 constexpr int kSteps = 16;
 
-constexpr int kIterations = 10;
-constexpr double kConverged = 0.02;
+constexpr int kIterations = 8;
+constexpr double kConverged = 0.03;
 constexpr double kLongestStep = 1;
 /// Part of the block that must be measured in both exposures.
 constexpr double kLeastShared = 0.4;
@@ -317,7 +317,8 @@ BlockLayout::BlockLayout(int width, int height) : width(width), height(height) {
 }
 
 void measureBlocks(const LumaPyramid &reference, const LumaPyramid &other, const BlockLayout &layout,
-                   int first, int end, int level, const WarpField &expected, Observation *observations) {
+                   int first, int end, int level, const WarpField &expected, const uint8_t *wanted,
+                   Observation *observations) {
     struct Part {
         int first, end;
     };
@@ -326,7 +327,8 @@ void measureBlocks(const LumaPyramid &reference, const LumaPyramid &other, const
         parts[static_cast<size_t>(i)] = {first + (end - first) * i / 4, first + (end - first) * (i + 1) / 4};
     runOnFourWorkers(parts, [&](const Part &part) {
         for (int block = part.first; block < part.end; block++)
-            observations[block] = measureBlock(reference, other, layout, block, level, expected);
+            if (wanted[block])
+                observations[block] = measureBlock(reference, other, layout, block, level, expected);
     });
 }
 

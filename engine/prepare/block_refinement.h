@@ -17,12 +17,13 @@ struct BlockLayout {
     int count() const { return columns * rows; }
 };
 
-/// Measures blocks first to end - 1 of the layout (numbered row by row) at one level of resolution, each
-/// starting from where `expected` sees it: aligns it below a sample by Gauss-Newton steps on the luminance
-/// difference, free of gain and offset (Lucas and Kanade 1981), over the samples that both exposures show.
-/// `observations[i]` receives block i, with no information when it is not found or not textured enough. Runs
-/// on four threads.
+/// Measures those of the layout's blocks first to end - 1 (numbered row by row) that are wanted, at one level
+/// of resolution, each starting from where `expected` sees it: aligns it below a sample by Gauss-Newton steps
+/// on the luminance difference, free of gain and offset (Lucas and Kanade 1981), over the samples that both
+/// exposures show. `observations[i]` receives block i, with no information when it is not found or not
+/// textured enough. Runs on four threads.
 void measureBlocks(const LumaPyramid &reference, const LumaPyramid &other, const BlockLayout &layout,
-                   int first, int end, int level, const WarpField &expected, Observation *observations);
+                   int first, int end, int level, const WarpField &expected, const uint8_t *wanted,
+                   Observation *observations);
 
 } // namespace hdr

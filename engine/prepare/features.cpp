@@ -15,10 +15,8 @@ namespace {
 /// Smaller eigenvalue of the mean structure tensor from which a point counts as a corner, in squared levels.
 constexpr double kCornerStrength = 1;
 /// Radius of the window that the structure tensor is averaged over.
-constexpr int kTensorRadius = kFeatureWindow / 2;
+constexpr int kTensorRadius = 1;
 
-/// With fewer features than this, points that are no peaks of distinctness count too.
-constexpr int kEnoughFeatures = 16;
 /// Cells that features can be spread over.
 constexpr size_t kMostCells = 64;
 
@@ -303,7 +301,7 @@ HdrStatus findCorners(MemContext *memory, Plane<const uint8_t> luma, int columns
     for (bool limited : {true, false})
         for (size_t i = 0; i < found; i++)
             take(corners[i], limited);
-    if (count < kEnoughFeatures) {
+    if (count < capacity) {
         found = map.collect(false, corners.data());
         for (size_t i = 0; i < found; i++)
             take(corners[i], false);

@@ -10,9 +10,6 @@
 
 namespace hdr {
 
-/// Side of the window in which a feature has to be a corner, in reduced pixels.
-inline constexpr int kFeatureWindow = 7;
-
 /// The reference as alignment needs it: its luminance, and its features in reduced pixels.
 struct FeatureGrid {
     LumaPyramid reference;
@@ -22,7 +19,7 @@ struct FeatureGrid {
 
 /// Finds up to `capacity` corners (Shi and Tomasi 1994) in a luminance plane, at least `distance` pixels from
 /// each other, spread over `columns` x `rows` cells (at most 64): first each cell's share of the capacity,
-/// then the strongest of the rest; in a picture with few corners also points beside them. `features` receives
+/// then the strongest of the rest, then points beside them. `features` receives
 /// them in pixels of the plane, `count` their number. 0 or HDR_ERR_NOMEM.
 HdrStatus findCorners(MemContext *memory, Plane<const uint8_t> luma, int columns, int rows, int distance,
                       int capacity, Vector *features, int &count);

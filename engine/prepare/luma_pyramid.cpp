@@ -36,8 +36,14 @@ void averageBlocks(const Offscreen &picture, const ComparisonTones &tones, int l
                    uint16_t *sums, uint8_t *means) {
     const int size = 1 << level;
     const int pixels = count << level;
-    std::fill_n(sums, pixels, uint16_t{0});
     const int step = lumaStep(picture);
+    if (level == 0) {
+        const uint8_t *samples = lumaRow(picture, y) + static_cast<ptrdiff_t>(x) * step;
+        for (int i = 0; i < count; i++)
+            means[i] = tones[4 * static_cast<size_t>(samples[i * step])];
+        return;
+    }
+    std::fill_n(sums, pixels, uint16_t{0});
     for (int row = y; row < y + size; row++) {
         const uint8_t *samples = lumaRow(picture, row) + static_cast<ptrdiff_t>(x) * step;
         if (step == 2)

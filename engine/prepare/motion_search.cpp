@@ -18,10 +18,9 @@ constexpr double kFirstBlockTolerance = 10, kBlockTolerance = 3;
 /// something that moved.
 constexpr double kDeviationLimit = 4, kDeviationLimitShare = 1.0 / 2000;
 
-/// Any of these makes a motion believable: this many blocks that agree with it, if they are this share of
-/// those found; this many matched features that do; or this correlation of the whole pictures.
+/// Either makes a motion believable: this many blocks that agree with it, if they are this share of those
+/// found, or this correlation of the whole pictures.
 constexpr double kFewestBlocks = 4, kBlockShare = 0.1;
-constexpr double kFewestMatches = 8;
 constexpr double kTrustedCorrelation = 0.3;
 
 /// Share of the picture below which there is nothing to compare, and longer side of the level where that is
@@ -35,13 +34,14 @@ constexpr float kNoMatch = -1;
 
 MotionSearch::MotionSearch(MemContext *memory, const FeatureGrid &grid, const LumaPyramid &other)
     : memory(memory), grid(grid), reference(grid.reference), other(other),
-      layout(reference.width(0), reference.height(0)), blocks(memory, static_cast<size_t>(layout.count())),
+      layout(reference.width(0), reference.height(0)), wanted(memory, static_cast<size_t>(layout.count())),
+      blocks(memory, wanted.size()), found(memory, wanted.size()),
       warpField(memory, reference.width(0), reference.height(0)), choice{Motion(reference.width(0),
                                                                                 reference.height(0)),
                                                                          MotionKind::none} {}
 
 HdrStatus MotionSearch::start() {
-    if (!blocks || !warpField.ok())
+    if (!wanted || !blocks || !found || !warpField.ok())
         return HDR_ERR_NOMEM;
     warpField.follow(choice.motion);
     comparable = comparableShare() >= kLeastComparable;
@@ -81,23 +81,25 @@ int MotionSearch::passes() const {
 }
 
 void MotionSearch::measureBatch(int pass, int batch) {
-    if (batch == 0)
+    if (batch == 0) {
+        for (size_t i = 0; i < blocks.size(); i++)
+            wanted[i] = pass == 0 || blocks[i].isInformative();
         std::fill(blocks.begin(), blocks.end(), Observation{});
+    }
     const int level = pass + 1 < passes() ? reference.levelOfSide(LumaPyramid::kLongestKeptSide) : 0;
     measureBlocks(reference, other, layout, layout.count() * batch / kBatches,
-                  layout.count() * (batch + 1) / kBatches, level, warpField, blocks.data());
+                  layout.count() * (batch + 1) / kBatches, level, warpField, wanted.data(), blocks.data());
 }
 
 HdrStatus MotionSearch::finishPass() {
-    const Observation *end = std::remove_if(blocks.begin(), blocks.end(),
-                                            [](const Observation &block) { return !block.isInformative(); });
-    const size_t count = static_cast<size_t>(end - blocks.begin());
-    blocksFound = static_cast<double>(count);
-    choice = chooseMotion(MotionKind::homography, choice, blocks.data(), count, kFirstBlockTolerance,
+    const Observation *end = std::copy_if(blocks.begin(), blocks.end(), found.begin(),
+                                          [](const Observation &block) { return block.isInformative(); });
+    foundCount = static_cast<size_t>(end - found.begin());
+    choice = chooseMotion(MotionKind::homography, choice, found.data(), foundCount, kFirstBlockTolerance,
                           kBlockTolerance);
     const double limit =
         kDeviationLimit + kDeviationLimitShare * std::max(reference.width(0), reference.height(0));
-    return warpField.follow(memory, choice.motion, blocks.data(), count, limit);
+    return warpField.follow(memory, choice.motion, found.data(), foundCount, limit);
 }
 
 double MotionSearch::comparableShare() const {
@@ -110,10 +112,11 @@ double MotionSearch::comparableShare() const {
     return static_cast<double>(shared) / (static_cast<double>(own.width) * own.height);
 }
 
-bool MotionSearch::isBelievable() const {
+bool MotionSearch::isBelievable(int trustedMatches) const {
     return !comparable ||
-           (choice.explained >= kFewestBlocks && choice.explained >= kBlockShare * blocksFound) ||
-           featuresExplained >= kFewestMatches || wholePictureCorrelation >= kTrustedCorrelation;
+           (choice.explained >= kFewestBlocks &&
+            choice.explained >= kBlockShare * static_cast<double>(foundCount)) ||
+           featuresExplained >= trustedMatches || wholePictureCorrelation >= kTrustedCorrelation;
 }
 
 void MotionSearch::recordMatches(float *table) const {

@@ -40,8 +40,8 @@ public:
     }
 
     /// Whether the exposures agree on the motion, or one of them shows so little that there is nothing to
-    /// agree on (then there is no motion).
-    bool isBelievable() const;
+    /// agree on (then there is no motion). `trustedMatches` features that agree are enough.
+    bool isBelievable(int trustedMatches) const;
     MotionKind kind() const { return choice.kind; }
     /// The displacement at the warp nodes.
     const WarpField &field() const { return warpField; }
@@ -75,7 +75,11 @@ private:
     const LumaPyramid &reference;
     const LumaPyramid &other;
     BlockLayout layout;
-    Buffer<Observation> blocks;
+    Buffer<uint8_t>
+        wanted; ///< for each block, whether the pass measures it: the second pass what the first found
+    Buffer<Observation> blocks; ///< for each block
+    Buffer<Observation> found;  ///< those that were found
+    size_t foundCount = 0;
     WarpField warpField;
 
     MotionChoice choice;
@@ -83,7 +87,6 @@ private:
     int matchCount = 0;
     double wholePictureCorrelation = 0;
     double featuresExplained = 0;
-    double blocksFound = 0;
     bool comparable = true;
 };
 

@@ -67,8 +67,6 @@ HdrStatus prepareAllocate(MemContext *memory, HdrContext *context, const Offscre
     preparation.sourceWidth = first->i32Width;
     preparation.sourceHeight = first->i32Height;
     preparation.sourcePitch = first->pi32Pitch[0];
-    preparation.cellSizeX = kCellSize;
-    preparation.cellSizeY = kCellSize;
     preparation.gridColumns = ceilDivide(first->i32Width, kCellSize);
     preparation.gridRows = ceilDivide(first->i32Height, kCellSize);
     preparation.gridWidth = preparation.gridColumns + 2;

@@ -36,8 +36,6 @@ struct Preparation {
     int32_t sourceWidth; ///< size of input 0, in pixels
     int32_t sourceHeight;
     int32_t sourcePitch;      ///< its plane-0 pitch, in bytes
-    int32_t cellSizeX;        ///< 32
-    int32_t cellSizeY;        ///< 32
     int32_t gridColumns;      ///< gw: cells across, ceil(width / 32)
     int32_t gridRows;         ///< gh
     int32_t gridWidth;        ///< gw + 2: cells across with the one-cell frame

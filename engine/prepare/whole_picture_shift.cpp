@@ -13,9 +13,12 @@ namespace {
 /// side.
 constexpr double kSearchedShare = 0.2;
 constexpr double kSearchedSideShare = 0.25;
-/// Longer side of the pictures in which the search begins and ends.
+/// Longer side of the pictures in which the search begins and ends; where another candidate comes near the
+/// best one, as in a pattern that repeats, it goes on to a finer one.
 constexpr int kFirstSide = 128;
 constexpr int kLastSide = 400;
+constexpr int kAmbiguousSide = 800;
+constexpr double kAmbiguity = 0.6;
 /// Radius of the window that local contrast is relative to.
 constexpr int kContrastRadius = 4;
 /// Local contrast of one standard deviation, and the deviation (in levels) below which it fades into noise.
@@ -129,6 +132,7 @@ public:
             std::swap(candidates[i], candidates[i - 1]);
     }
     const std::array<Candidate, kCandidates> &all() const { return candidates; }
+    bool isAmbiguous() const { return candidates[1].score > kAmbiguity * candidates[0].score; }
 
 private:
     std::array<Candidate, kCandidates> candidates;
@@ -200,8 +204,9 @@ HdrStatus findWholePictureShift(MemContext *memory, const LumaPyramid &reference
                                 WholePictureShift &shift) {
     const int last = reference.levelOfSide(kLastSide);
     const int first = std::max(reference.levelOfSide(kFirstSide), last);
+    const int finest = reference.levelOfSide(kAmbiguousSide);
     Shortlist found;
-    for (int level = first; level >= last; level--) {
+    for (int level = first; level >= last || (level >= finest && found.isAmbiguous()); level--) {
         ShiftSearch search;
         if (search.prepare(memory, reference, other, level) != HDR_OK)
             return HDR_ERR_NOMEM;
@@ -210,6 +215,8 @@ HdrStatus findWholePictureShift(MemContext *memory, const LumaPyramid &reference
             if (search.searchAll(memory, refined) != HDR_OK)
                 return HDR_ERR_NOMEM;
         } else {
+            // A fine pattern that repeats can hide a small motion at the coarser resolutions.
+            refined.add(search.refine({}));
             for (const Candidate &coarse : found.all())
                 if (coarse.score > kNoScore)
                     refined.add(search.refine(coarse));

@@ -280,6 +280,30 @@ TEST(Alignment, WithoutFeaturesNothingMovesAndTheRunFallsBack) {
     }
 }
 
+TEST(Alignment, ARepeatingPatternIsTakenToHaveMovedLittle) {
+    test::BracketSettings settings;
+    settings.width = 600;
+    settings.height = 400;
+    settings.displacement = {{{0, 0}, {0, 0}, {7, -4}}};
+    test::Bracket bracket(settings);
+    // Bricks of 48 x 24 pixels, every second course moved by half of one.
+    for (size_t k = 0; k < 3; k++) {
+        for (int y = 0; y < settings.height; y++) {
+            for (int x = 0; x < settings.width; x++) {
+                const int u = x + static_cast<int>(settings.displacement[k][0]) + 480;
+                const int v = y + static_cast<int>(settings.displacement[k][1]) + 480;
+                const bool joint = v % 24 < 3 || (u + v / 24 % 2 * 24) % 48 < 3;
+                bracket.bytes[k][static_cast<size_t>(y * 1200 + 2 * x)] =
+                    static_cast<uint8_t>((joint ? 110 : 60) + 35 * static_cast<int>(k) - 15);
+            }
+        }
+    }
+    const Prepared run(bracket);
+    EXPECT_EQ(run.context.earlyExitCode, HDR_OK);
+    EXPECT_TRUE(isUnmoved(run.context.alignment, kDark));
+    EXPECT_LT(errorsOf(run, settings, kBright).rootMeanSquare, 0.5);
+}
+
 TEST(Alignment, ExposuresOfDifferentScenesFallBack) {
     test::BracketSettings settings;
     test::Bracket bracket(settings);
