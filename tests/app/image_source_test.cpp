@@ -264,17 +264,10 @@ TEST_F(ImageSourceTest, takesAnyNameForAFile) {
 }
 
 TEST_F(ImageSourceTest, tellsWhyAFileCannotBeUsed) {
-    EXPECT_EQ(failure(folder.path("missing.jpg")), "does not exist");
-    EXPECT_EQ(failure(folder.path("")), "is a folder");
     EXPECT_EQ(failure("/dev/null"), "is not an ordinary file");
     const std::string path = folder.path("file.jpg");
-    writeFile(path, {});
-    EXPECT_EQ(failure(path), "is empty");
-    writeFile(path, {'h', 'e', 'l', 'l', 'o'});
-    EXPECT_EQ(failure(path), "is not a JPEG picture");
     writeFile(path, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'});
     EXPECT_EQ(failure(path), "is not a JPEG picture");
-
     CBImageSource loaded = photograph(TestPicture(20, 30));
     EXPECT_FALSE(loaded.initWithPhoto(folder.path("missing.jpg")));
     EXPECT_EQ(loaded.imagePath(), folder.path("missing.jpg"));
@@ -316,7 +309,6 @@ TEST_F(ImageSourceTest, opensThreePhotographsOfOneSizeOnly) {
     };
     EXPECT_EQ(problem({120, 100}), "");
     EXPECT_EQ(problem({100, 120}, "6"), "");
-    EXPECT_EQ(problem({120, 99}), "is too small: 120 x 99 pixels, at least 100 x 100 are needed");
     EXPECT_EQ(problem({120, 100}, "8"), "has another size than " + folder.path("a.jpg") +
                                             ": 100 x 120 pixels instead of 120 x 100 pixels");
 }

@@ -91,10 +91,6 @@ TEST_F(PictureWriterTest, writesJpegWithFullColourResolutionAndProfile) {
 }
 
 TEST_F(PictureWriterTest, tellsWhyATargetCannotBeWritten) {
-    std::filesystem::create_directory(folder.path("folder.png"));
-    EXPECT_EQ(reason(folder.path("folder.png")), "cannot be written: it is a folder");
-    EXPECT_EQ(reason(folder.path("missing/picture.png")),
-              "cannot be written: there is no folder " + folder.path("missing"));
     EXPECT_EQ(reason(folder.path("picture.bmp")),
               "cannot be written: its name ends in neither .png nor .jpg");
     std::filesystem::create_symlink("/dev/null", folder.path("null.png"));
@@ -102,7 +98,7 @@ TEST_F(PictureWriterTest, tellsWhyATargetCannotBeWritten) {
     std::filesystem::create_symlink("loop.png", folder.path("loop.png"));
     EXPECT_EQ(reason(folder.path("loop.png")), "cannot be written: Too many levels of symbolic links");
     EXPECT_EQ(reason(folder.path(std::string(300, 'x') + ".png")), "cannot be written: File name too long");
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"folder.png", "loop.png", "null.png"}));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"loop.png", "null.png"}));
 }
 
 TEST_F(PictureWriterTest, leavesTheTargetAloneWhenTheDiskIsFull) {
