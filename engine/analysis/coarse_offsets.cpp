@@ -139,8 +139,7 @@ void reduce_to_coarse(Plane<const int16_t> plane, Plane<int16_t> coarse) {
 
 HdrStatus coarse_guided_filter(MemContext *memory, Plane<const int16_t> guide, Plane<int16_t> offsets) {
     const size_t width = static_cast<size_t>(guide.width);
-    // Zeroed, so that a worker that could not be started leaves defined values.
-    auto models = Buffer<Coefficients>::zeroed(memory, width * static_cast<size_t>(guide.height));
+    Buffer<Coefficients> models(memory, width * static_cast<size_t>(guide.height));
     std::array<RowRange, 4> ranges;
     Buffer<Sums<4>> columns(memory, width * ranges.size());
     if (!models || !columns)

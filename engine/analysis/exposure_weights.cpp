@@ -15,6 +15,12 @@ namespace hdr {
 namespace {
 
 constexpr int kFullWeight = 256;
+/// The middle exposure stands alone from the end of its shadows to the end of its mid-tones. On both sides
+/// the weights cross over by kWeightPerLevel, and its highlights leave all to the dark exposure.
+constexpr int kShadowEnd = 64;
+constexpr int kMidToneEnd = 160;
+constexpr int kHighlightStart = 193;
+constexpr int kWeightPerLevel = 8;
 /// A dark exposure below this level cannot stand for the middle exposure's highlights.
 constexpr int kDarkTrusted = 64;
 /// Nor a bright exposure from this level on for its shadows.
@@ -64,15 +70,15 @@ void ExposureWeights::release(MemContext *memory) {
 }
 
 CellWeights baseWeights(int midLevel, int darkLevel, int brightLevel) {
-    if (midLevel >= 193)
+    if (midLevel >= kHighlightStart)
         return darkLevel >= kDarkTrusted ? CellWeights{0, kFullWeight, 0} : CellWeights{kFullWeight, 0, 0};
-    if (midLevel > 160) {
-        const int dark = 8 * (midLevel - 160);
+    if (midLevel > kMidToneEnd) {
+        const int dark = kWeightPerLevel * (midLevel - kMidToneEnd);
         return {kFullWeight - dark, dark, 0};
     }
-    if (midLevel >= 64 || brightLevel >= kBrightClipped)
+    if (midLevel >= kShadowEnd || brightLevel >= kBrightClipped)
         return {kFullWeight, 0, 0};
-    const int bright = std::min(8 * (64 - midLevel), kFullWeight);
+    const int bright = std::min(kWeightPerLevel * (kShadowEnd - midLevel), kFullWeight);
     return {kFullWeight - bright, 0, bright};
 }
 

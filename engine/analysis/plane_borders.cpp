@@ -66,6 +66,7 @@ HdrStatus fill_border_u8(uint8_t *plane, int width, int height) {
 HdrStatus extend_rect_u8(uint8_t *plane, int width, int height, int pitch, int x0, int x1, int y0, int y1) {
     if (x0 >= x1 || y0 >= y1)
         return HDR_OK;
+    assert(x0 >= 0 && x1 <= width && y0 >= 0 && y1 <= height);
     const Plane<uint8_t> samples(plane, width, height, pitch);
     for (int y = y0; y < y1; y++) {
         uint8_t *row = samples.row(y);

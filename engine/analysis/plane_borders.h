@@ -18,8 +18,8 @@ HdrStatus replicate_border_u8(uint8_t *plane, int width, int height);
 /// Sets the same frame to 255.
 HdrStatus fill_border_u8(uint8_t *plane, int width, int height);
 
-/// Extends the content of columns [x0, x1) and rows [y0, y1) to the whole plane by replication; an empty
-/// rectangle extends nothing.
+/// Extends the content of columns [x0, x1) and rows [y0, y1), which lie inside the plane, to all of it by
+/// replication; an empty rectangle extends nothing.
 HdrStatus extend_rect_u8(uint8_t *plane, int width, int height, int pitch, int x0, int x1, int y0, int y1);
 
 } // namespace hdr

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstdlib>
 
 namespace hdr {
@@ -103,6 +104,8 @@ const uint16_t *const kFalloff = kFalloffValues.data();
 const uint8_t *const kBitCount = kBitCountValues.data();
 
 void buildContrastCurve(uint16_t *curve, int strength) {
+    // Up to here no level is moved beyond the ends of the scale.
+    assert(strength >= 0 && strength <= 200);
     // Adding and taking off 1.0 rounds the slope to a multiple of 2^-52: at strength 30 it ends a hair below
     // 0.15, and products that would land exactly on an integer truncate one lower.
     const double slope = (strength * 0.005 + 1.0) - 1.0;

@@ -25,8 +25,8 @@ extern const uint8_t *const kBitCount;
 /// [256]: weight of an 8-bit level in the merge, 256 up to 128, falling to 35 at 255.
 extern const uint16_t *const kFalloff;
 
-/// Fills a 12-bit to 12-bit contrast curve (4096 entries) of the given strength: a dip around 368 and a rise
-/// around 2416, joined at middle grey (736).
+/// Fills a 12-bit to 12-bit contrast curve (4096 entries) of the given strength (0 to 200): a dip around 368
+/// and a rise around 2416, joined at middle grey (736).
 void buildContrastCurve(uint16_t *curve, int strength);
 
 /// Fills a chroma table (4096 entries: 12 bits centred on 2048 to 8 bits) that stretches colour near neutral
@@ -43,8 +43,8 @@ struct Tables {
     uint16_t *contrastCurve12;    ///< [4096]: 12-bit contrast curve; scratch of the brightness curve
     uint8_t *contrastCurve8;      ///< [kContrastCurve8Size]: 12-bit level to 8-bit output luminance
     uint8_t *sCurve8;    ///< [2][4096]: 12-bit chroma centred on 2048 to 8 bits, once for each channel
-    int32_t contrastKey; ///< strength that contrastCurve12 was built with
-    int32_t sCurveKey;   ///< strength that sCurve8 was built with
+    int32_t contrastKey; ///< strength of the contrast curve in contrastCurve8
+    int32_t sCurveKey;   ///< strength that sCurve8 was built with, 100 at most
     uint8_t
         *toneMatchDarkToMid; ///< [256]: level of one exposure to the level of the other, as the next three
     uint8_t *toneMatchBrightToMid; ///< [256]

@@ -201,11 +201,13 @@ HdrStatus allocateBandBuffers(MemContext *memory, HdrContext *context) {
     const Alignment &alignment = context->alignment;
     int lowest = 0;
     int highest = 0;
-    for (const int32_t *grid : alignment.warpY) {
-        const ptrdiff_t nodes = static_cast<ptrdiff_t>(alignment.warpWidth) * alignment.warpHeight;
-        for (ptrdiff_t i = 0; grid && i < nodes; i++) {
-            lowest = std::min(lowest, grid[i] >> kWarpShift);
-            highest = std::max(highest, grid[i] >> kWarpShift);
+    const ptrdiff_t nodes = static_cast<ptrdiff_t>(alignment.warpWidth) * alignment.warpHeight;
+    for (int k = 0; k < 3; k++) {
+        if (!alignment.warpX[k] || !alignment.warpY[k])
+            continue;
+        for (ptrdiff_t i = 0; i < nodes; i++) {
+            lowest = std::min(lowest, alignment.warpY[k][i] >> kWarpShift);
+            highest = std::max(highest, alignment.warpY[k][i] >> kWarpShift);
         }
     }
     return buffers.referenceEdges.keep(memory, merge.target, lowest, highest);

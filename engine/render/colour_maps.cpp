@@ -90,8 +90,6 @@ Chroma highlightTint(const Picture &dark, const Picture &mid, const Picture &bri
 void toneMapMerged(const HdrContext &context, const Picture &merged) {
     const LocalToneMap &toneMap = context.localToneMap;
     const Tables &tables = context.tables;
-    if (toneMap.width <= 0 || toneMap.height <= 0)
-        return;
     const Plane<const int16_t> contrast(toneMap.map, toneMap.width, toneMap.height);
     for (int y = 0; y < merged.y.height; y++) {
         const int16_t *contrastRow = contrast.row(std::min(y, contrast.height - 1));
@@ -216,7 +214,7 @@ HdrStatus build_colour_maps(MemContext *memory, HdrContext *context) {
         std::fill_n(correctionMaps[map], samples, int16_t{0});
 
     Buffer<uint8_t> maskSamples(memory, samples);
-    if (!maskSamples || !context->tables.detailGain)
+    if (!maskSamples || !context->tables.detailGain || !context->localToneMap.map)
         return HDR_ERR_NOMEM;
 
     const Picture dark(*preparation.workImages[preparation.darkIndex]);

@@ -8,8 +8,8 @@ namespace hdr {
 
 /// Applies the local tone gain to mergedImage, scaling its chroma with its luminance, and fills
 /// correctionMaps 3 to 8 (packed): for each exposure the U and V offsets from its own reduced chroma to that
-/// of the tone-mapped merge. 0, or HDR_ERR_NOMEM without a detail-gain table or memory for the masks; the
-/// maps are then zero.
+/// of the tone-mapped merge. 0, or HDR_ERR_NOMEM without gains (detail-gain table and local tone map) or
+/// memory for the masks; the maps are then zero.
 HdrStatus build_colour_maps(MemContext *memory, HdrContext *context);
 
 /// Bilinear upsampling of an 8-bit grid by 2^shift into a plane of width x height, or into the rectangle of

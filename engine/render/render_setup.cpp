@@ -62,7 +62,6 @@ void compute_crop(HdrContext *context, int count, int width, int height) {
     const int x0 = pad4(valid.x0);
     const int y0 = pad4(valid.y0);
     setup.validRectangle = {x0, y0, roundDown(roundDown(valid.x1, 4) - x0, 8), roundDown(valid.y1, 4) - y0};
-    setup.halfHeight = roundDown(roundDown(height, 2) / 2, 128);
     setup.outputCrop = {roundDown(x0 + 15, 16), roundDown(y0 + 15, 16), roundDown(valid.x1, 16),
                         roundDown(valid.y1, 16)};
 }

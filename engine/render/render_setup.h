@@ -14,8 +14,7 @@ struct Area {
 struct RenderSetup {
     Area workingRectangle; ///< rendered by the bands: the whole picture, width a multiple of 8, height even
     Area validRectangle;   ///< valid in all inputs, in multiples of 4 and 8
-    int32_t halfHeight;
-    Rect outputCrop; ///< valid in all inputs, aligned inward to multiples of 16
+    Rect outputCrop;       ///< valid in all inputs, aligned inward to multiples of 16
 };
 
 /// Finds the crop, builds the merge tables and the tone and colour tables. 0 or a failing step's status.

@@ -2,6 +2,7 @@
 #include "engine/render/row_spans.h"
 
 #include "engine/core/arithmetic.h"
+#include "engine/prepare/warp_field.h"
 
 #include <algorithm>
 
@@ -24,7 +25,7 @@ int mergeRuns(const RunList &dark, const RunList &bright, Span *spans) {
 }
 
 int nextWarpBorder(int x) {
-    return roundDown(x + 128, 256) + 128;
+    return roundDown(x + kWarpSpacing / 2, kWarpSpacing) + kWarpSpacing / 2;
 }
 
 WeightState firstWeights(SpanType type) {

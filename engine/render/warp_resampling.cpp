@@ -3,6 +3,7 @@
 
 #include "engine/core/arithmetic.h"
 #include "engine/core/memory.h"
+#include "engine/prepare/warp_field.h"
 
 #include <algorithm>
 #include <cassert>
@@ -12,8 +13,6 @@ namespace hdr {
 
 namespace {
 
-constexpr int kNodeShift = 8;
-constexpr int kNodeDistance = 1 << kNodeShift;
 /// Shift from 1/65536 pixel to the 1/16 pixel of the sampling position.
 constexpr int kPositionShift = 12;
 
@@ -23,13 +22,14 @@ struct Displacement {
 };
 
 Displacement displacementAt(const int32_t *nodes, const int32_t *differences, int columns, int x, int y) {
-    const int fx = (x + kNodeDistance / 2) & (kNodeDistance - 1);
-    const int fy = (y + kNodeDistance / 2) & (kNodeDistance - 1);
-    const ptrdiff_t upper = static_cast<ptrdiff_t>((y + kNodeDistance / 2) >> kNodeShift) * columns +
-                            ((x + kNodeDistance / 2) >> kNodeShift);
+    const int column = (x + kWarpSpacing / 2) / kWarpSpacing;
+    const int row = (y + kWarpSpacing / 2) / kWarpSpacing;
+    const int fx = x - warpNodePosition(column);
+    const int fy = y - warpNodePosition(row);
+    const ptrdiff_t upper = static_cast<ptrdiff_t>(row) * columns + column;
     const ptrdiff_t lower = upper + columns;
     const auto alongRow = [&](ptrdiff_t node) { return nodes[node] + int64_t{differences[node]} * fx; };
-    const auto between = [fy](int64_t a, int64_t b) { return a * kNodeDistance + fy * (b - a); };
+    const auto between = [fy](int64_t a, int64_t b) { return a * kWarpSpacing + fy * (b - a); };
     return {between(alongRow(upper), alongRow(lower)), between(differences[upper], differences[lower])};
 }
 
@@ -67,7 +67,7 @@ int groupLuminance(const uint8_t *row, int x) {
 } // namespace
 
 WarpLine warpLine(const WarpGrid &grid, int x, int y) {
-    if (!grid.x)
+    if (!grid.x || !grid.y)
         return {};
     const Displacement horizontal = displacementAt(grid.x, grid.differenceX, grid.columns, x, y);
     const Displacement vertical = displacementAt(grid.y, grid.differenceY, grid.columns, x, y);

@@ -8,7 +8,7 @@
 
 namespace hdr {
 
-/// An input's warp grids as the merge tables leave them; without grids (x null) the input is in register.
+/// An input's warp grids as the merge tables leave them; without both grids the input is in register.
 /// Node (c, q) lies at column 256 c - 128 and row 256 q - 128 of the picture.
 struct WarpGrid {
     const int32_t *x; ///< displacement of each node in 1/256 pixel

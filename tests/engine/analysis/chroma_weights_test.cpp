@@ -133,7 +133,7 @@ TEST_F(ChromaWeightsTest, EqualsItsDefinition) {
     std::mt19937 random(11);
     // A smooth slope with a highlight behind a sharp edge, noise of several strengths, and small pictures.
     draw(58, 41, [&](int input, int x, int y) {
-        return std::min(255, (x > 40 && y > 12 && y < 30 ? 235 : 3 * x) / (input == kDark ? 2 : 1));
+        return (x > 40 && y > 12 && y < 30 ? (y < 20 ? 193 : 192) : 3 * x) / (input == kDark ? 2 : 1);
     });
     ASSERT_EQ(run(), HDR_OK);
     expectMapsFromDefinition();

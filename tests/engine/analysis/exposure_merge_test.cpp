@@ -225,13 +225,15 @@ void fillRandomly(ReducedRun &run) {
 }
 
 TEST(ExposureMergeStage, RefinesAndPatchesInOrderThenMerges) {
-    for (int detail : {0, 180, 255}) {
+    for (int detail : {0, 181, 255}) {
         SCOPED_TRACE(detail);
         ReducedRun run(38, 27);
         run.makeMaps();
         fillRandomly(run);
-        // At 255 the mean of this radius exceeds 255 and must be limited.
-        run.fillRandom(run.context.chromaWeights.detailMask, run.pixels(), std::min(detail, 250), detail);
+        // A mean of this radius exceeds its samples: from 181 it comes to an odd number, and from 255 it must
+        // be limited.
+        run.fillRandom(run.context.chromaWeights.detailMask, run.pixels(), detail == 255 ? 250 : detail,
+                       detail);
         const SlowRefinement expected(run);
         ASSERT_EQ(exposure_merge_stage(nullptr, &run.context), HDR_OK);
         const FirstMerge &merge = run.context.firstMerge;

@@ -5,6 +5,8 @@
 #include "tests/support/arena.h"
 #include "tests/support/reduced_run.h"
 
+#include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -106,19 +108,35 @@ TEST(FillWeightHoles, MarginsAndBottomRows) {
     small.expectCell(2, 2, 256, 0, 0);
 }
 
-TEST(ExposureWeightStage, FramesTheGridsAndWeighsEveryCell) {
-    test::ReducedRun run(80, 64);
-    // All three exposures agree, so that nothing counts as moved.
-    constexpr int kLevels[]{100, 140, 70};
-    for (int input = 0; input < 3; input++) {
-        test::ReducedRun::paint(run.work(input), kLevels[input], 128, 128);
-        test::ReducedRun::paint(run.registered(input), 100, 128, 128);
-        run.context.preparation.validRects[input] = {0, 0, 80, 64};
-        std::fill_n(run.context.preparation.gridPlane(input), 20 * 16, static_cast<uint16_t>(kLevels[input]));
+/// Three uniform exposures of 80 x 64 reduced pixels that agree, so that nothing counts as moved.
+struct UniformRun : test::ReducedRun {
+    explicit UniformRun(const std::array<int, 3> &levels) : ReducedRun(80, 64) {
+        for (int input = 0; input < 3; input++) {
+            const int level = levels[static_cast<size_t>(input)];
+            paint(work(input), level, 128, 128);
+            paint(registered(input), levels[kMid], 128, 128);
+            context.preparation.validRects[input] = {0, 0, 80, 64};
+            std::fill_n(context.preparation.gridPlane(input), 20 * 16, static_cast<uint16_t>(level));
+        }
+        countHistograms();
+        context.weights.release(nullptr);
     }
+};
+
+TEST(ExposureWeightStage, GhostsAreJudgedByEachExposuresOwnGridAndWeights) {
+    UniformRun run({200, 230, 100});
+    for (int y = 20; y < 40; y++)
+        std::fill_n(planeOf(run.registered(run.kBright)).row(y) + 28, 20, uint8_t{240});
+    ASSERT_EQ(exposure_weight_stage(nullptr, &run.context), HDR_OK);
+    // A highlight that loses the bright exposure and that the dark one had to itself.
+    EXPECT_EQ(run.context.weights.ghostMaskB[8 * 22 + 10], 255);
+    EXPECT_EQ(run.context.weights.lumaWeightDark[8 * 22 + 10], 256);
+}
+
+TEST(ExposureWeightStage, FramesTheGridsAndWeighsEveryCell) {
+    const std::array<int, 3> levels{100, 140, 70};
+    UniformRun run(levels);
     run.context.preparation.gridPlane(run.kMid)[5 * 20 + 8] = 170;
-    run.countHistograms();
-    run.context.weights.release(nullptr);
     ASSERT_EQ(exposure_weight_stage(nullptr, &run.context), HDR_OK);
 
     constexpr int kWidth = 22, kHeight = 18;
@@ -126,7 +144,8 @@ TEST(ExposureWeightStage, FramesTheGridsAndWeighsEveryCell) {
         const Plane<uint16_t> grid(run.context.preparation.gridPlane(input), kWidth, kHeight);
         for (int y = 0; y < kHeight; y++)
             for (int x = 0; x < kWidth; x++)
-                ASSERT_EQ(grid(x, y), input == run.kMid && x == 9 && y == 6 ? 170 : kLevels[input]);
+                ASSERT_EQ(grid(x, y),
+                          input == run.kMid && x == 9 && y == 6 ? 170 : levels[static_cast<size_t>(input)]);
     }
     const ExposureWeights &weights = run.context.weights;
     const auto at = [](int x, int y) { return y * kWidth + x; };

@@ -93,6 +93,9 @@ TEST(ArenaAllocation, ReallocationShrinksGrowsAndMoves) {
     engineFree(arena.context(), guard);
     engineFree(arena.context(), nullptr);
     EXPECT_EQ(arena.chain(), (Arena::Chain{{992, 0}}));
+    // What a shrink leaves joins the free block after it.
+    EXPECT_EQ(engineRealloc(arena.context(), engineAlloc(arena.context(), 96), 40), block);
+    EXPECT_EQ(arena.chain(), (Arena::Chain{{40, 1}, {936, 0}}));
 }
 
 } // namespace

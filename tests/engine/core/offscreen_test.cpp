@@ -9,6 +9,7 @@
 #include <memory>
 #include <numeric>
 #include <random>
+#include <tuple>
 #include <vector>
 
 namespace hdr {
@@ -106,6 +107,18 @@ TEST(OffscreenCopy, PartOfEveryPlane) {
             EXPECT_EQ(at(*destination, plane, 6 / dx, 4 / dy), at(*source, plane, 4 / dx, 6 / dy));
             EXPECT_EQ(at(*destination, plane, 10 / dx, 4 / dy), 0);
         }
+        Offscreen *cloned = nullptr;
+        ASSERT_EQ(offscreenCloneRect(&cloned, source.get(), &from, nullptr), HDR_OK);
+        const Picture part(cloned);
+        EXPECT_EQ(std::tuple(part->u32PixelArrayFormat, part->i32Width, part->i32Height),
+                  std::tuple(format, 6, 6));
+        EXPECT_EQ(at(*part, 0, step * 5, 5), at(*source, 0, step * 7, 9));
+        ASSERT_EQ(offscreenClone(&cloned, source.get(), nullptr), HDR_OK);
+        const Picture whole(cloned);
+        for (int plane = 0; plane < 3 && source->ppu8Plane[plane]; plane++)
+            EXPECT_EQ(std::memcmp(whole->ppu8Plane[plane], source->ppu8Plane[plane],
+                                  static_cast<size_t>(offscreenPlaneSize(*source, plane))),
+                      0);
     }
 }
 
@@ -147,6 +160,9 @@ TEST(OffscreenCopy, RectanglesAreChecked) {
     EXPECT_EQ(offscreenCopy(b.get(), &narrow, a.get(), &tall), HDR_ERR_PARAM);
     EXPECT_EQ(offscreenCopy(b.get(), nullptr, other.get(), nullptr), HDR_ERR_PARAM);
     EXPECT_EQ(offscreenCopy(nullptr, nullptr, a.get(), nullptr), HDR_ERR_PARAM);
+    Offscreen *cloned = nullptr;
+    EXPECT_EQ(offscreenCloneRect(&cloned, a.get(), &wide, nullptr), HDR_ERR_PARAM);
+    EXPECT_EQ(cloned, nullptr);
     // A rectangle of the picture's own size passes wherever it starts; the copy ends with the plane.
     const Rect beyond = {10, 0, 26, 12};
     EXPECT_EQ(offscreenCopy(b.get(), nullptr, a.get(), &beyond), HDR_OK);

@@ -127,13 +127,14 @@ TEST(ColourMaps, HighlightsTakeTheMeanTint) {
     planeOf(run.work(kBright), 0)(1, 1) = 200; // 8 / 32 of the tint, rounded down
     planeOf(run.work(kMid), 0)(2, 2) = 160;
     planeOf(run.work(kDark), 2)(2, 2) = 0;
-    planeOf(run.work(kDark), 1)(3, 3) = 79; // one step of -41: the sums are -10 * 60 - 41 and 15 * 61
+    planeOf(run.work(kDark), 1)(3, 3) = 49;  // one step of -71: the sum is -10 * 60 - 71
+    planeOf(run.work(kDark), 2)(3, 3) = 171; // and one of 46: 15 * 60 + 46
     ASSERT_EQ(build_colour_maps(nullptr, &run.context), HDR_OK);
-    // U: (-641 + 30) / 61 = -10.01 -> -10; V: (915 + 30) / 61 = 15.49 -> 15.
+    // U: (-671 + 30) / 61 = -10.5 -> -10; V: (946 + 30) / 61 = 16.
     const FirstMerge &maps = run.context.firstMerge;
     EXPECT_EQ(maps.correctionMaps[kBrightOffsetU][0], -10);
-    EXPECT_EQ(maps.correctionMaps[kBrightOffsetV][0], 15);
-    EXPECT_EQ(run.bright(), (Pair{-3, 3}));
+    EXPECT_EQ(maps.correctionMaps[kBrightOffsetV][0], 16);
+    EXPECT_EQ(run.bright(), (Pair{-3, 4}));
 
     ToneRun without(8, 8, 1024);
     without.paintAll({100, 120, 130}, {128, 110, 140}, {161, 100, 100}, {224, 120, 125});
@@ -151,13 +152,13 @@ TEST(ColourMaps, OffsetsCarryToTheMergedChromaAndKeepGhostsOwnColour) {
 
     // Ghosts in the reference and the bright exposure; the dark exposure leaves the shadows.
     run.setMasks(255, 255);
-    run.paintAll({100, 120, 130}, {129, 100, 150}, {50, 140, 90}, {150, 90, 160});
+    run.paintAll({100, 120, 130}, {129, 100, 150}, {33, 140, 90}, {150, 90, 160});
     ASSERT_EQ(build_colour_maps(nullptr, &run.context), HDR_OK);
     // Dark, wholly its own; its luminance does not grow, so neither does its chroma.
     EXPECT_EQ(run.dark(), (Pair{0, 0}));
-    // Reference grown to 100: k = 274 * 100 + 238 * 50 = 39300 of 25600: 140 -> 146, 90 -> 70. One part in
+    // Reference grown to 100: k = 257 * 100 + 255 * 33 = 34115 of 16896: 140 -> 152, 90 -> 52. One part in
     // 256 is the merged colour.
-    EXPECT_EQ(run.mid(), (Pair{6, -20}));
+    EXPECT_EQ(run.mid(), (Pair{12, -38}));
     // Bright faded to 100 of 150: (-76 * 100 + 150) / 300 + 128 = 104 (-24.8 to zero), 64 -> 21 + 128 = 149.
     EXPECT_EQ(run.bright(), (Pair{14, -11}));
 
@@ -280,13 +281,18 @@ TEST(ColourMaps, EqualThePixelwiseDefinition) {
         }
 }
 
-TEST(ColourMaps, WithoutAGainTableTheMapsAreZero) {
-    ToneRun run(8, 8, 1024);
-    run.paintAll({100, 120, 130}, {64, 100, 150}, {100, 140, 90}, {150, 90, 160});
-    releaseArray(run.memory, run.context.tables.detailGain);
-    EXPECT_EQ(build_colour_maps(nullptr, &run.context), HDR_ERR_NOMEM);
-    EXPECT_EQ(run.mid(), (Pair{0, 0}));
-    EXPECT_EQ(run.bright(), (Pair{0, 0}));
+TEST(ColourMaps, WithoutGainsTheMapsAreZero) {
+    for (bool withTable : {false, true}) {
+        ToneRun run(8, 8, 1024);
+        run.paintAll({100, 120, 130}, {64, 100, 150}, {100, 140, 90}, {150, 90, 160});
+        if (withTable)
+            run.context.localToneMap.release(run.memory); // a picture too small for one
+        else
+            releaseArray(run.memory, run.context.tables.detailGain);
+        EXPECT_EQ(build_colour_maps(nullptr, &run.context), HDR_ERR_NOMEM);
+        EXPECT_EQ(run.mid(), (Pair{0, 0}));
+        EXPECT_EQ(run.bright(), (Pair{0, 0}));
+    }
 }
 
 } // namespace

@@ -77,14 +77,23 @@ struct Prepared {
 TEST(MergeTables, AreFilledInOrder) {
     Prepared prepared;
     HdrContext &context = prepared.context;
+    std::fill_n(prepared.plane(kGridDarkLevel), kCells, int16_t{200});
+    prepared.plane(kGridDarkLevel)[2 * kColumns + 2] = 160;
     ASSERT_EQ(prepare_merge(nullptr, &context, prepared.outputs, 2), HDR_OK);
     const MergeTables &merge = context.merge;
 
-    // Level 160 is 1440 linear; its double, 2880, is code 218; the reference's 200 stands as it is.
-    EXPECT_EQ(std::vector<int16_t>(prepared.plane(kGridHighlight), prepared.plane(kGridHighlight) + kCells),
-              std::vector<int16_t>(kCells, 218 - 200));
-    EXPECT_EQ(std::vector<int16_t>(prepared.plane(kGridDarkLevel), prepared.plane(kGridDarkLevel) + kCells),
-              std::vector<int16_t>(kCells, 200 - 160));
+    // Offsets of the nine cells around (2, 2), and of all others.
+    const auto expectOffsets = [&](int plane, int16_t around, int16_t elsewhere) {
+        std::vector<int16_t> expected(kCells, elsewhere);
+        for (int i = 0; i < 9; i++)
+            expected[static_cast<size_t>((1 + i / 3) * kColumns + 1 + i % 3)] = around;
+        EXPECT_EQ(std::vector<int16_t>(prepared.plane(plane), prepared.plane(plane) + kCells), expected);
+    };
+    // Level 160 is 1440 linear; its double, 2880, is code 218; 200 doubled is white. The reference's 200
+    // stands as it is: 18 among 55, and a spike of 40 among ones (the least of the dark curve's offsets),
+    // which becomes -10 before it is smoothed.
+    expectOffsets(kGridHighlight, (8 * 55 + 18 + 4) / 9, 55);
+    expectOffsets(kGridDarkLevel, (8 * 1 - 10 + 4) / 9, 1);
     EXPECT_EQ(std::vector<int16_t>(merge.ghostMask, merge.ghostMask + kCells),
               std::vector<int16_t>(kCells, 255));
 
@@ -122,12 +131,14 @@ TEST(MergeTables, ToneMatchKeepsShadowsOfTheDarkCurve) {
     prepared.context.check.toneMatchFlag = 1;
     std::fill_n(prepared.plane(kGridDarkLevel), kCells, int16_t{31});
     std::fill_n(prepared.plane(kGridDarkLevel), kColumns, int16_t{160});
+    std::fill_n(prepared.plane(kGridDarkLevel) + 4 * kColumns, kColumns, int16_t{255});
     ASSERT_EQ(build_merge_tables(nullptr, &prepared.context, prepared.outputs), HDR_OK);
     const int16_t *offsets = prepared.plane(kGridDarkLevel);
     // Rows of 58 (218 - 160) above rows of 15: level 32 is 59 linear, 118 is code 47.
     EXPECT_EQ(offsets[0], (2 * 58 + 15 + 1) / 3);
     EXPECT_EQ(offsets[kColumns], (58 + 2 * 15 + 1) / 3);
     EXPECT_EQ(offsets[2 * kColumns], 15);
+    EXPECT_EQ(offsets[4 * kColumns], 15); // white stays white, but no offset is below that of level 32
 }
 
 TEST(MergeTables, ShadowOffsetsStayAboveThoseOfTheDarkCurve) {
@@ -147,14 +158,14 @@ TEST(MergeTables, CellOffsetsStayWithinTheHighlightOffsets) {
         table[static_cast<size_t>(kMidCurve + i)] = kGammaExpand[i >= 230 ? i - 20 : i >= 200 ? i - 3 : i];
     }
     const std::vector<int16_t> dark = {100, 250, 250, 10, 10, 255};
-    const std::vector<int16_t> levels = {150, 150, 200, 210, 240, 200};
+    const std::vector<int16_t> levels = {150, 191, 192, 210, 240, 200};
     std::vector<int16_t> offsets = levels;
     cell_offsets(&context, dark.data(), offsets.data(), 3, 2, table.data(), kGammaCompress);
-    EXPECT_EQ(offsets, (std::vector<int16_t>{0, 0, 55, -3, -3, 55}));
+    EXPECT_EQ(offsets, (std::vector<int16_t>{0, 0, 63, -3, -3, 55}));
     context.exposureMeasure = 4000;
     offsets = levels;
     cell_offsets(&context, dark.data(), offsets.data(), 3, 2, table.data(), kGammaCompress);
-    EXPECT_EQ(offsets, (std::vector<int16_t>{-40, 105, 55, -190, -220, 55}));
+    EXPECT_EQ(offsets, (std::vector<int16_t>{-40, 64, 63, -190, -220, 55}));
 }
 
 TEST(MergeTables, SpikesAreLoweredBelowTheirNeighbours) {

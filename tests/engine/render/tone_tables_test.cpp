@@ -26,9 +26,7 @@ public:
         picture.i32Width = 384;
         picture.i32Height = 256;
     }
-    HdrStatus build(MemContext *arena = nullptr) {
-        return build_render_tables(arena, &context, &picture);
-    }
+    HdrStatus build(MemContext *arena = nullptr) { return build_render_tables(arena, &context, &picture); }
 
     std::vector<uint16_t> mergeTable = std::vector<uint16_t>(kMergeTableSize);
     Offscreen picture{};

@@ -41,7 +41,14 @@ TEST(WarpResampling, DisplacementIsBilinearBetweenNodes) {
     EXPECT_FALSE(line.isWholePixels());
     EXPECT_TRUE((WarpLine{3 * 65536, -65536, 0, 0}).isWholePixels());
     EXPECT_FALSE((WarpLine{3 * 65536, -65535, 0, 0}).isWholePixels());
-    EXPECT_TRUE(warpLine({}, 0, 0).isWholePixels());
+    EXPECT_FALSE((WarpLine{3 * 65536 + 1, -65536, 0, 0}).isWholePixels());
+    // One grid alone is not followed.
+    for (const WarpGrid &one : {WarpGrid{x.data(), nullptr, differences.data(), nullptr, 3},
+                                {nullptr, x.data(), nullptr, differences.data(), 3}}) {
+        line = warpLine(one, 128, 128);
+        EXPECT_EQ(line.x, 0);
+        EXPECT_EQ(line.y, 0);
+    }
 }
 
 TEST(WarpResampling, BilinearInSixteenthsWithNearestChroma) {
