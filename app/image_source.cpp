@@ -110,7 +110,7 @@ bool CBImageSource::forEachStrip(int orientation, Use use) const {
     PixelBuffer strip;
     if (!asStored) {
         drawing.emplace(*decoded, transform, width, height);
-        strip = allocPixels(4 * static_cast<size_t>(width) * (kStripRows + 1));
+        strip = allocPixels(4 * static_cast<size_t>(width) * (kStripRows + 1) + kBgrxSpareBytes);
         if (!strip)
             return false;
     }

@@ -2,7 +2,6 @@
 #include "app/png_compression.h"
 
 #include <algorithm>
-#include <array>
 #include <future>
 #include <initializer_list>
 #include <utility>
