@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <numeric>
 
 namespace hdr {
 namespace {
@@ -93,11 +92,10 @@ void reduce_block_mean8(Plane<const uint8_t> picture, Plane<uint8_t> grid) {
         const uint8_t *third = picture.row(kReducedCellSize * y + 2);
         uint8_t *cells = grid.row(y + 1) + 1;
         for (int cell = 0; cell < columns; cell++) {
-            const int start = kReducedCellSize * cell;
-            const int end = start + kReducedCellSize;
-            cells[cell] = static_cast<uint8_t>(
-                std::accumulate(third + start, third + end, std::accumulate(first + start, first + end, 0)) >>
-                3);
+            int sum = 0;
+            for (int x = kReducedCellSize * cell; x < kReducedCellSize * (cell + 1); x++)
+                sum += first[x] + third[x];
+            cells[cell] = static_cast<uint8_t>(sum >> 3);
         }
     }
 }

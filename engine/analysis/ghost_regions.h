@@ -69,9 +69,8 @@ struct GhostProposal {
 /// A bright-side region that the bright exposure dominates is taken from it. Elsewhere the exposure that
 /// differs is removed; its cells go to the reference, or to the dark exposure in highlights where that one
 /// agrees with the reference and outweighs it. Replaced cells keep their whole weight, the weights around
-/// them are smoothed. A column without statistics repeats its left neighbour's weights and, with the frame
-/// beside it, its masks. More cells
-/// in the side masks never mean fewer replaced cells.
+/// them are smoothed. A column without statistics repeats its left neighbour's weights and, as does the frame
+/// beside it, its masks. More cells in the side masks never mean fewer replaced cells.
 GhostProposal analyse_ghost_regions(MemContext *memory, HdrContext *context, const GhostGrid &grid,
                                     RegionSearch &search);
 

@@ -221,6 +221,7 @@ void chooseQuantiles(Record &record, const SceneAnalysis &scene) {
     }
     record.low = low ? *low : std::min(record.high - 1, 12);
 
+    // A reference without highlights would need the topmost index here, which the marker has given it.
     if (bright.level[0] > 64 || (mid.level[1] > 32 && mid.gain < 640))
         record.low = 0;
     if (bright.target[kTop] < record.expand(240))

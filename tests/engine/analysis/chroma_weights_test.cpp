@@ -145,21 +145,6 @@ TEST_F(ChromaWeightsTest, EqualsItsDefinition) {
         }
 }
 
-TEST_F(ChromaWeightsTest, FlatPicturesKeepTheirWeightsAwayFromTheFrame) {
-    const ChromaWeights &maps = context.chromaWeights;
-    draw(40, 40, [](int input, int, int) { return input == kMid ? 255 : 90; });
-    ASSERT_EQ(run(), HDR_OK);
-    for (int y = 17; y < 23; y++)
-        for (int x = 17; x < 23; x++) {
-            ASSERT_EQ(maps.chromaWeightBright[at(x, y)], 2);
-            ASSERT_EQ(maps.chromaWeightMid[at(x, y)], 65);
-            ASSERT_EQ(maps.chromaWeightDark[at(x, y)], 128);
-            ASSERT_EQ(maps.detailMask[at(x, y)], 0);
-        }
-    // The frame had no weight: a corner's window holds 16 x 16 weighted samples and 33 x 33 - 256 zeros.
-    EXPECT_EQ(maps.chromaWeightDark[0], (256 * 128 * 60 + 32768) >> 16);
-}
-
 TEST_F(ChromaWeightsTest, FailedAllocationsRecordAndLeakNothing) {
     draw(12, 12, [](int, int x, int y) { return 20 * x + y; });
     // Four maps and three temporaries of 288 bytes; the filters' tables may fail without harm.

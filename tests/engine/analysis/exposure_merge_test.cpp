@@ -64,20 +64,6 @@ struct NeutralRun : ReducedRun {
     int merged(int plane) { return planeOf(*context.preparation.mergedImage, plane)(width / 2, height / 2); }
 };
 
-TEST(MergeExposures, NeutralOffsetsAndWholeMiddleWeightKeepTheMiddleLuminance) {
-    NeutralRun run(26, 18);
-    for (int input : {kDark, kMid, kBright})
-        run.paintNoise(run.work(input));
-    std::fill_n(run.context.weights.lumaWeightMid, run.context.preparation.gridPlaneSize(), int16_t{256});
-    merge_exposures(nullptr, &run.context);
-    EXPECT_EQ(samplesOf(planeOf(*run.context.preparation.mergedImage)), samplesOf(planeOf(run.work(kMid))));
-    // Without any chroma weight the picture is grey.
-    EXPECT_EQ(samplesOf(planeOf(*run.context.preparation.mergedImage, 2)), Bytes(run.pixels(), 128));
-    EXPECT_EQ(run.context.chromaWeights.chromaWeightDark, nullptr);
-    EXPECT_EQ(run.context.chromaWeights.chromaWeightMid, nullptr);
-    EXPECT_NE(run.context.chromaWeights.detailMask, nullptr);
-}
-
 TEST(MergeExposures, ChromaFadesWithTheExposuresOwnLuminance) {
     struct Case {
         int darkLuma, midLuma, brightLuma, chromaMode;
@@ -143,6 +129,10 @@ TEST(MergeExposures, LuminanceTakesTheNearestCellsWeights) {
             const int expected = total == 0 ? 0 : clamp8(sum * (32768 / total) / 32768);
             ASSERT_EQ(planeOf(*context.preparation.mergedImage)(x, y), expected) << x << ", " << y;
         }
+    // Without any chroma weight the picture is grey. The weights are used up, the mask is not.
+    EXPECT_EQ(samplesOf(planeOf(*context.preparation.mergedImage, 2)), Bytes(run.pixels(), 128));
+    EXPECT_EQ(context.chromaWeights.chromaWeightMid, nullptr);
+    EXPECT_NE(context.chromaWeights.detailMask, nullptr);
 }
 
 /// The three offset maps as the stage leaves them, in its order of steps, pixel by pixel.

@@ -153,17 +153,12 @@ TEST(DetectGhosts, MovedSquareOnTheDarkSide) {
     EXPECT_EQ(scene.context.ghosts.excludedInputs[kDark], 0);
 }
 
-TEST(DetectGhosts, MovedSquareOnTheBrightSideAndOnBoth) {
+TEST(DetectGhosts, MovedSquaresOnBothSides) {
     GhostScene scene(158, 118, 100);
     scene.paintCells(scene.registeredPictures[kBright], {10, 11, 20, 19}, 150);
-    ASSERT_EQ(scene.run(0), HDR_OK);
-    EXPECT_EQ(scene.art(scene.maskC), scene.around({10, 11, 20, 19}, 3));
-    EXPECT_EQ(scene.art(scene.maskA), scene.art(scene.maskC)); // taken from the reference
-    EXPECT_EQ(scene.art(scene.maskD), scene.nothing());
-    EXPECT_EQ(scene.context.ghosts.ghostMode, kGhostsReplaced);
-
     scene.paintCells(scene.registeredPictures[kDark], {24, 11, 32, 19}, 150);
     ASSERT_EQ(scene.run(0), HDR_OK);
+    EXPECT_EQ(scene.context.ghosts.ghostMode, kGhostsReplaced);
     EXPECT_EQ(scene.art(scene.maskC), scene.around({10, 11, 20, 19}, 3));
     EXPECT_EQ(scene.art(scene.maskA),
               either(scene.around({10, 11, 20, 19}, 3), scene.around({25, 12, 31, 18}, 4)));
@@ -323,17 +318,6 @@ TEST(DetectGhosts, InputsExcludedBeforehandAreLeftOut) {
         EXPECT_EQ(scene.weights(30, 25), darkToo ? Weights(140, 0, 220) : Weights(256, 40, 0));
         EXPECT_EQ(scene.weights(12, 12), darkToo ? Weights(0, 0, 256) : Weights(256, 0, 0));
         EXPECT_EQ(scene.maskD[scene.at(12, 12)], darkToo ? 255 : 0);
-    }
-}
-
-TEST(DetectGhosts, DifferencesAlmostEverywhereEndTheMerge) {
-    for (int exposure : {kDark, kBright}) {
-        GhostScene scene(158, 118, 100);
-        scene.paint(scene.registeredPictures[static_cast<size_t>(exposure)], {0, 0, 158, 118}, 180);
-        ASSERT_EQ(scene.run(0), HDR_OK);
-        EXPECT_EQ(scene.context.earlyExitCode, HDR_ERR_SHIFT);
-        EXPECT_EQ(scene.context.fallback,
-                  exposure == kDark ? HDR_FALLBACK_DARK_MOTION : HDR_FALLBACK_BRIGHT_MOTION);
     }
 }
 

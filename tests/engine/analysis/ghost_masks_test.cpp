@@ -77,25 +77,6 @@ TEST(GhostMasks, MorphologyEqualsPixelByPixel) {
     }
 }
 
-TEST(GhostMasks, CornersGrowByTheirOwnRule) {
-    const auto dilated = [](const std::vector<std::string_view> &rows) {
-        Mask mask = maskFrom(rows);
-        const size_t width = rows.front().size();
-        dilate_mask4({mask.data(), static_cast<int>(width), static_cast<int>(rows.size())}, 1);
-        return artFrom(mask, width);
-    };
-    const auto art = [](const std::vector<std::string_view> &rows) {
-        return artFrom(maskFrom(rows), rows.front().size());
-    };
-    // The top left corner has two fresh neighbours, the top right one none.
-    EXPECT_EQ(dilated({"....", ".#..", "....", "...."}), art({"##..", "###.", ".#..", "...."}));
-    // One fresh neighbour is enough at the bottom, not at the top.
-    EXPECT_EQ(dilated({"....", "....", "#...", "....", "...."}),
-              art({"....", "#...", "##..", "#...", "#..."}));
-    EXPECT_EQ(dilated({"....", "....", ".#..", "...."}), art({"....", ".#..", "###.", "##.."}));
-    EXPECT_EQ(dilated({".#..", "....", "....", "...."}), art({"###.", ".#..", "....", "...."}));
-}
-
 TEST(GhostMasks, IsolatedCellsGoButFrameCellsStay) {
     const Mask source = maskFrom({"#....#", //
                                   "..##..", //

@@ -282,22 +282,19 @@ TEST_F(InputCheckTest, ColourDifferencesComeFromTheChromaHistograms) {
 }
 
 TEST_F(InputCheckTest, SceneAnalysisKnowsTheExposuresAndTheirSize) {
-    const auto setLuma = [this](int input, uint32_t within, int level) {
-        uint32_t *counts = context.preparation.histogram(input, 0);
-        std::fill_n(counts, kBins, 0u);
-        counts[level] = within;
-        counts[250] += 1392;
-    };
-    // 330 x 270 / 64 = 1392 samples: that many at 200 leave the dark exposure's top below 224 and the
-    // reference's next to last sixteenth below 223.
+    // 330 x 270 / 64 = 1392 samples: that many at 200 leave the dark exposure's top below 224, and at 190 the
+    // reference without highlights.
     for (uint32_t within : {1391u, 1392u}) {
-        setLuma(2, within, 200);
-        setLuma(1, 1392, 250);
-        setLuma(0, 1392, 190);
+        for (const auto &[input, level] : {std::pair{2, 200}, {1, 250}, {0, 190}}) {
+            uint32_t *counts = context.preparation.histogram(input, 0);
+            std::fill_n(counts, kBins, 0u);
+            counts[level] = input == 2 ? within : 1392;
+            counts[250] += 1392;
+        }
+        context.scene = {};
         ASSERT_EQ(check(), HDR_OK);
         EXPECT_EQ(context.scene.lowHighlightFlag, within == 1392);
         EXPECT_EQ(context.scene.flatHighlightFlag, 1);
-        context.scene = {};
     }
 }
 

@@ -70,16 +70,16 @@ protected:
     const SceneAnalysis &analyse() {
         return analyse(spread(dark, pixels), spread(bright, pixels), spread(mid, pixels));
     }
-    /// Reference level, ghost threshold, step, shadow low, shadow high, shadow factor.
-    std::array<int, 6> thresholds() const {
-        const SceneAnalysis &scene = context.scene;
+    using Six = std::array<int, 6>;
+    /// Reference level, ghost threshold, step, shadow low, shadow high, shadow factor of a new analysis.
+    Six thresholds() {
+        const SceneAnalysis &scene = analyse();
         return {scene.referenceLevel, scene.ghostThreshold, scene.thresholdStep,
                 scene.shadowLow,      scene.shadowHigh,     scene.shadowFactor};
     }
     /// A dark exposure whose sixth quantile stays black on the stretched curve.
     void makeShadowsBlack() { dark = {0, 1, 2, 3, 4, 5, 20, 40, 60, 80, 100, 120, 140, 160, 180, 200}; }
 
-    using Six = std::array<int, 6>;
     HdrContext context{};
     std::array<std::vector<uint16_t>, 3> curves;
     std::vector<uint16_t> &darkCurve = curves[1], &brightCurve = curves[2], &midCurve = curves[0];
@@ -175,8 +175,7 @@ TEST_F(SceneAnalysisTest, ClassesOfDarkScenes) {
     dark[15] = 255; // the common curve is that of the levels themselves
     for (int fifteenth : {223, 224}) {
         dark[14] = fifteenth;
-        analyse();
-        EXPECT_EQ(context.scene.targetCurve[6], fifteenth == 223 ? 80 : linear(5));
+        EXPECT_EQ(analyse().targetCurve[6], fifteenth == 223 ? 80 : linear(5));
     }
 }
 
@@ -207,8 +206,7 @@ TEST_F(SceneAnalysisTest, ShadowLiftDependsOnSize) {
 
     // The reference's own curve is the limit of the requantised one: code 5 x 16 against 48.
     mid = {1, 2, 3, 4, 5, 28, 60, 75, 90, 105, 120, 150, 180, 200, 230, 246};
-    analyse();
-    EXPECT_EQ(context.scene.targetCurve[6], 48); // 28 is 48 linear, x 1.015
+    EXPECT_EQ(analyse().targetCurve[6], 48); // 28 is 48 linear, x 1.015
 
     // A small picture is requantised when the curve is dark throughout. The bright exposure is lost in
     // quantile 1 already, which leaves level 0 as the shadow.
@@ -218,13 +216,10 @@ TEST_F(SceneAnalysisTest, ShadowLiftDependsOnSize) {
     mid = {0, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 224, 250};
     EXPECT_EQ(analyse().shadowLiftFlag, 0);
     EXPECT_EQ(context.scene.lowIndex, 2);
-    EXPECT_EQ(thresholds()[3], 20 - 16);
-    EXPECT_EQ(thresholds()[4], 20);
-    EXPECT_EQ(thresholds()[5], 16);
+    EXPECT_EQ(thresholds(), (Six{226, 226, 16, 20 - 16, 20, 16})); // the marker: 224, stretched
     for (int fifteenth : {63, 64}) {
         dark[14] = fifteenth;
-        analyse();
-        EXPECT_EQ(context.scene.targetCurve[15], fifteenth == 63 ? 63 * 16 : linear(64));
+        EXPECT_EQ(analyse().targetCurve[15], fifteenth == 63 ? 63 * 16 : linear(64));
     }
     pixels = 250001;
     makeShadowsBlack();
@@ -243,22 +238,18 @@ TEST_F(SceneAnalysisTest, SmallestShadowLevelsOfTheLiftMarker) {
     mid[0] = 33; // a bright first quantile at little gain takes the shadow to level 0
     mid[1] = 34;
     mid[2] = 44;
-    analyse();
-    EXPECT_EQ(context.scene.lowIndex, 0);
+    EXPECT_EQ(analyse().lowIndex, 0);
     EXPECT_EQ(thresholds(), (Six{239, 223, 16, -1, 0, 256}));
     setGains(1500, 640, 500);
-    analyse();
-    EXPECT_EQ(context.scene.lowIndex, 1);
+    EXPECT_EQ(analyse().lowIndex, 1);
     EXPECT_EQ(thresholds(), (Six{239, 223, 16, 1, 33, 8})); // 32 takes six halvings
     mid[0] = 32;                                            // 31 takes five
-    analyse();
     EXPECT_EQ(thresholds(), (Six{239, 223, 16, 16, 32, 16}));
 }
 
 TEST_F(SceneAnalysisTest, FlatHighlightsTakeTheReferencesCurve) {
     mid = ramp(10, 12); // quantile 15 at 190, top 202
-    analyse();
-    EXPECT_EQ(context.scene.flatHighlightFlag, 1);
+    EXPECT_EQ(analyse().flatHighlightFlag, 1);
     EXPECT_EQ(context.scene.highIndex, 16);
     EXPECT_EQ(context.scene.lowIndex, 5);
     EXPECT_EQ(context.scene.targetCurve[16], (2419 + 4095) / 2);
@@ -304,14 +295,13 @@ TEST_F(SceneAnalysisTest, FlatHighlightsTakeTheReferencesCurve) {
 TEST_F(SceneAnalysisTest, DarkExposureThatHoldsOnlyShadows) {
     // Quantiles at most their own number up to 14.
     dark = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 31, 100};
-    analyse();
-    EXPECT_EQ(context.scene.darkShadowFlag, 1);
+    EXPECT_EQ(analyse().darkShadowFlag, 1);
     EXPECT_EQ(context.scene.flatHighlightFlag, 0);
     EXPECT_EQ(thresholds()[0], 235); // the reference's quantile 15, 231, stretched
     EXPECT_EQ(thresholds()[1], 235);
     EXPECT_EQ(context.scene.targetCurve[16], (3774 + 4095) / 2);
 
-    // No quantile of the reference is out of the shadows: the choice follows its highlights, now all of it.
+    // When no quantile is out of the shadows the shadow index follows the highlight index, here the topmost.
     mid = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 241, 242, 243, 244, 245};
     EXPECT_EQ(analyse().lowIndex, 12);
     EXPECT_EQ(context.scene.highIndex, 16);
@@ -340,15 +330,13 @@ TEST_F(SceneAnalysisTest, DarkExposureThatHoldsOnlyShadows) {
 
 TEST_F(SceneAnalysisTest, BrightExposureThatIsTooBright) {
     bright = ramp(61, 10); // first level 67 after the margin, top 221
-    analyse();
-    EXPECT_EQ(context.scene.lowIndex, 0);
+    EXPECT_EQ(analyse().lowIndex, 0);
     EXPECT_EQ(context.scene.highIndex, 15);
     EXPECT_EQ(thresholds(), (Six{231, 215, 16, 0, 32, 8}));
     EXPECT_EQ(context.scene.targetCurve[0], linear(67));
     EXPECT_EQ(context.scene.targetCurve[16], linear(221));
     bright = ramp(58, 10); // first level 64
-    analyse();
-    EXPECT_EQ(context.scene.lowIndex, 4);
+    EXPECT_EQ(analyse().lowIndex, 4);
     EXPECT_EQ(context.scene.targetCurve[0], linear(64));
 
     // Up to one pixel in 1000 below does not count; where that takes it below 5 the first level is 0.
@@ -368,20 +356,17 @@ TEST_F(SceneAnalysisTest, BrightExposureThatIsTooBright) {
 TEST_F(SceneAnalysisTest, ShadowQuantile) {
     // Nothing qualifies below the reference's last unclipped quantile.
     mid = {4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 44, 241, 242, 243, 244, 245};
-    analyse();
-    EXPECT_EQ(context.scene.highIndex, 11);
+    EXPECT_EQ(analyse().highIndex, 11);
     EXPECT_EQ(context.scene.lowIndex, 10);
     bright = ramp(40, 9);
     mid[11] = 48;
     mid[12] = 52;
     mid[13] = 56;
-    analyse();
-    EXPECT_EQ(context.scene.highIndex, 14);
+    EXPECT_EQ(analyse().highIndex, 14);
     EXPECT_EQ(context.scene.lowIndex, 12);
     // All clipped.
     mid = {241, 242, 243, 244, 245, 246, 247, 248, 249, 250, 251, 252, 253, 254, 255, 255};
-    analyse();
-    EXPECT_EQ(context.scene.highIndex, 8);
+    EXPECT_EQ(analyse().highIndex, 8);
     EXPECT_EQ(context.scene.lowIndex, 1);
 
     // The bright exposure is lost from its quantile 6 (2259) on; in tiny pictures from 5 (1518).
@@ -421,12 +406,10 @@ TEST_F(SceneAnalysisTest, ExposuresTooCloseOverrideThresholds) {
     };
     for (const Case &c : cases) {
         setGains(c.dark, c.mid, c.bright);
-        analyse();
         EXPECT_EQ(thresholds(), c.expected) << c.dark << ' ' << c.mid << ' ' << c.bright;
     }
     mid = ramp(10, 12); // the rule for flat highlights comes first
     setGains(922, 769, 500);
-    analyse();
     EXPECT_EQ(thresholds()[0], 256);
 }
 

@@ -124,17 +124,20 @@ TEST(ColourMaps, HighlightsTakeTheMeanTint) {
     // One pixel does not qualify; it would change the means.
     planeOf(run.work(kDark), 0)(0, 0) = 128;
     planeOf(run.work(kDark), 1)(0, 0) = 0;
-    planeOf(run.work(kBright), 0)(1, 1) = 200; // 8 / 32 of the tint, rounded down
+    planeOf(run.work(kBright), 0)(1, 1) = 223; // 31 / 32 of the tint, rounded down
+    planeOf(run.work(kDark), 1)(1, 1) = 0;
+    planeOf(run.work(kBright), 0)(4, 4) = 193; // 1 / 32 of it
     planeOf(run.work(kMid), 0)(2, 2) = 160;
     planeOf(run.work(kDark), 2)(2, 2) = 0;
-    planeOf(run.work(kDark), 1)(3, 3) = 49;  // one step of -71: the sum is -10 * 60 - 71
-    planeOf(run.work(kDark), 2)(3, 3) = 171; // and one of 46: 15 * 60 + 46
+    planeOf(run.work(kDark), 1)(3, 3) = 49;  // one step of -71: the sum is -10 * 59 - 71
+    planeOf(run.work(kDark), 2)(3, 3) = 171; // and one of 46: 15 * 59 + 46
     ASSERT_EQ(build_colour_maps(nullptr, &run.context), HDR_OK);
-    // U: (-671 + 30) / 61 = -10.5 -> -10; V: (946 + 30) / 61 = 16.
+    // U: (-661 + 30) / 60 = -10.5 -> -10; V: (931 + 30) / 60 = 16.02 -> 16.
     const FirstMerge &maps = run.context.firstMerge;
     EXPECT_EQ(maps.correctionMaps[kBrightOffsetU][0], -10);
     EXPECT_EQ(maps.correctionMaps[kBrightOffsetV][0], 16);
-    EXPECT_EQ(run.bright(), (Pair{-3, 4}));
+    EXPECT_EQ(run.bright(), (Pair{-10, 15}));
+    EXPECT_EQ(maps.correctionMaps[kBrightOffsetU][4 * 8 + 4], -1);
 
     ToneRun without(8, 8, 1024);
     without.paintAll({100, 120, 130}, {128, 110, 140}, {161, 100, 100}, {224, 120, 125});
@@ -182,7 +185,7 @@ int floored(double numerator, double denominator) {
 }
 
 TEST(ColourMaps, EqualThePixelwiseDefinition) {
-    constexpr int kWidth = 26, kHeight = 19;
+    constexpr int kWidth = 90, kHeight = 71; // every level many times
     ToneRun run(kWidth, kHeight, 1024);
     HdrContext &context = run.context;
     for (Offscreen *picture :
