@@ -192,8 +192,8 @@ void merge_exposures(MemContext *memory, HdrContext *context) {
     const ExposureWeights &grid = context->weights;
     const ChromaWeights &weights = context->chromaWeights;
     const uint32_t *reciprocal = context->tables.reciprocalTable;
-    const bool withoutDark = context->ghosts.chromaMode == 1;
-    const bool withoutBright = context->ghosts.chromaMode == 2;
+    const bool withoutDark = context->ghosts.chromaMode == kChromaWithoutDark;
+    const bool withoutBright = context->ghosts.chromaMode == kChromaWithoutBright;
     const Offscreen &mid = *preparation.workImages[preparation.midIndex];
 
     for (int y = 0; y < mid.i32Height; y++) {

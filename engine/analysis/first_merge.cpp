@@ -106,8 +106,8 @@ void mixExposures(const HdrContext &context, const Exposures &exposures, Plane<u
                   Plane<uint8_t> brightSide) {
     const ChromaWeights &weights = context.chromaWeights;
     const Tables &tables = context.tables;
-    const bool withoutDark = context.ghosts.chromaMode == 1;
-    const bool withoutBright = context.ghosts.chromaMode == 2;
+    const bool withoutDark = context.ghosts.chromaMode == kChromaWithoutDark;
+    const bool withoutBright = context.ghosts.chromaMode == kChromaWithoutBright;
     const Offscreen &merged = *context.preparation.mergedImage;
     const Offscreen &tone = *context.preparation.toneImage;
 
@@ -184,11 +184,11 @@ HdrStatus replaceByTone(MemContext *memory, const HdrContext &context, const Gho
 HdrStatus replaceGhosts(MemContext *memory, const HdrContext &context, const GhostPlanes &planes) {
     const ExposureWeights &weights = context.weights;
     HdrStatus status = HDR_OK;
-    if (context.ghosts.ghostMode == 1) {
+    if (context.ghosts.ghostMode == kGhostsReplaced) {
         status = replaceByTone(memory, context, planes, weights.ghostMaskA, 4, blend_blocks_128);
-    } else if (context.ghosts.ghostMode == 2 && context.ghostTuning == 0) {
+    } else if (context.ghosts.ghostMode == kGhostsWithoutDark && context.ghostTuning == 0) {
         status = replaceByTone(memory, context, planes, weights.ghostMaskC, 2, blend_blocks_128);
-    } else if (context.ghosts.ghostMode == 2) {
+    } else if (context.ghosts.ghostMode == kGhostsWithoutDark) {
         status = blendSoftly(memory, planes, planes.darkSide, weights.ghostMaskB, 2, blend_blocks_255);
         if (status == HDR_OK)
             status = replaceByTone(memory, context, planes, weights.ghostMaskA, 2, blend_blocks_255);
