@@ -146,6 +146,16 @@ typedef struct HdrRunInfo {
 /** Copies what the latest run found into *info. HDR_ERR_PARAM when either pointer is null. */
 HdrStatus hdrGetRunInfo(const HdrContext *context, HdrRunInfo *info);
 
+/**
+ * Called at the end of each step of a run that goes on, on the thread that called hdrProcess; a step
+ * of two parts is told twice. What the run holds by then can be read through the engine's internal
+ * headers (engine/core/context.h) until the call returns. It must not be changed.
+ */
+typedef void (*HdrStepObserver)(const HdrContext *context, int32_t step, void *userData);
+
+/** Sets the observer of the context's runs; null for none. HDR_ERR_PARAM for a null context. */
+HdrStatus hdrSetStepObserver(HdrContext *context, HdrStepObserver observer, void *userData);
+
 /** A short name of a step ("reduce", "align", …), or null for an index out of range. */
 const char *hdrStepName(int32_t step);
 

@@ -35,6 +35,8 @@ struct HdrContext {
     int32_t exposureMeasure;       ///< 0; at 4000 or more the merge tables use plain cell offsets
     int32_t toneOffsetA;           ///< 0
     int32_t toneOffsetB;           ///< 0
+    HdrStepObserver stepObserver;  ///< null for none
+    void *stepObserverData;
 
     // State of the run
     int32_t warningFlag;

@@ -181,6 +181,14 @@ HdrStatus hdrGetRunInfo(const HdrContext *context, HdrRunInfo *info) {
     return HDR_OK;
 }
 
+HdrStatus hdrSetStepObserver(HdrContext *context, HdrStepObserver observer, void *userData) {
+    if (!context)
+        return HDR_ERR_PARAM;
+    context->stepObserver = observer;
+    context->stepObserverData = userData;
+    return HDR_OK;
+}
+
 const char *hdrStepName(int32_t step) {
     static constexpr std::array<const char *, HDR_STEP_COUNT> names = {
         "reduce",     "align",         "check",       "chromaWeights", "weights",

@@ -3,7 +3,7 @@
 
 #include "engine/core/context.h"
 #include "engine/core/output_crop_resize.h"
-#include "engine/core/step_timer.h"
+#include "engine/core/run_step.h"
 #include "engine/core/worker.h"
 
 #include <algorithm>
@@ -33,16 +33,10 @@ HdrStatus reportProgress(HdrContext *context, const RunArguments &run) {
     return run.callback(context->progress, 0, run.userData) == HDR_CANCELLED ? HDR_CANCELLED : HDR_OK;
 }
 
-template <typename Stage>
-HdrStatus timed(HdrContext *context, int step, Stage stage) {
-    StepTimer timer(context, step);
-    return stage();
-}
-
 /// The analysis and set-up stages, each followed by its progress report.
 HdrStatus analyse(MemContext *memory, HdrContext *context, const RunArguments &run) {
     Offscreen *const *workImages = context->preparation.workImages;
-    const auto stage = [context](int step, auto body) { return timed(context, step, body); };
+    const auto stage = [context](int step, auto body) { return runStep(context, step, body); };
     const auto report = [&] { return reportProgress(context, run); };
     HdrStatus status = HDR_OK;
     const auto failed = [&status](HdrStatus result) { return (status = result) != HDR_OK; };
@@ -148,10 +142,10 @@ HdrStatus hdrRunPipeline(MemContext *memory, HdrContext *context, Offscreen *inp
         hdrReleaseRunBuffers(memory, context);
         return status;
     }
-    status = timed(context, HDR_STEP_RENDER, [&] { return renderBands(memory, context, run); });
+    status = runStep(context, HDR_STEP_RENDER, [&] { return renderBands(memory, context, run); });
     if (status != HDR_OK)
         return status;
-    status = timed(context, HDR_STEP_OUTPUT, [&] { return cropOutput(memory, context, run); });
+    status = runStep(context, HDR_STEP_OUTPUT, [&] { return cropOutput(memory, context, run); });
     hdrReleaseRunBuffers(memory, context);
     return status;
 }

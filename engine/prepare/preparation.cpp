@@ -4,7 +4,7 @@
 #include "engine/core/arithmetic.h"
 #include "engine/core/context.h"
 #include "engine/core/memory.h"
-#include "engine/core/step_timer.h"
+#include "engine/core/run_step.h"
 #include "engine/prepare/exposure.h"
 #include "engine/prepare/reduction.h"
 
@@ -19,9 +19,8 @@ namespace {
 constexpr int kInputs = 3;
 constexpr std::array<int32_t, 7> kTuning = {256, 128, 127, 8, 12, 16, 8};
 
-/// Reduces every input and measures it.
+/// Reduces every input, measures it and orders the exposures.
 HdrStatus measureInputs(MemContext *memory, HdrContext *context, const Offscreen *inputs, int count) {
-    StepTimer timer(context, HDR_STEP_REDUCE);
     Preparation &preparation = context->preparation;
     for (int i = 0; i < count; i++) {
         Offscreen *reduced = preparation.workImages[i];
@@ -36,12 +35,12 @@ HdrStatus measureInputs(MemContext *memory, HdrContext *context, const Offscreen
         countSamples(reduced, 2, preparation.histogram(i, 2));
         std::iota(preparation.toneCurve[i], preparation.toneCurve[i] + kLevels12, uint16_t{0});
     }
+    orderExposures(context, preparation.exposureEstimate, count);
     return HDR_OK;
 }
 
 /// Brings the exposures other than the reference into register with it.
 HdrStatus registerInputs(MemContext *memory, HdrContext *context, int count, ProgressCallback callback) {
-    StepTimer timer(context, HDR_STEP_ALIGN);
     const Preparation &preparation = context->preparation;
     const int reference = preparation.midIndex;
     offscreenCopyAll(preparation.registeredImages[reference], preparation.workImages[reference]);
@@ -101,11 +100,10 @@ HdrStatus hdrPrepareInputs(MemContext *memory, HdrContext *context, const Offscr
     HdrStatus status = prepareAllocate(memory, context, inputs);
     if (status != HDR_OK)
         return status;
-    status = measureInputs(memory, context, inputs, count);
+    status = runStep(context, HDR_STEP_REDUCE, [&] { return measureInputs(memory, context, inputs, count); });
     if (status != HDR_OK)
         return status;
-    orderExposures(context, preparation.exposureEstimate, count);
-    return registerInputs(memory, context, count, callback);
+    return runStep(context, HDR_STEP_ALIGN, [&] { return registerInputs(memory, context, count, callback); });
 }
 
 void Preparation::release(MemContext *memory) {
