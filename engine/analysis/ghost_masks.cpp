@@ -69,6 +69,19 @@ void dilate_mask4(Plane<uint8_t> mask, int iterations) {
     }
 }
 
+void dilateMask8(Plane<uint8_t> mask) {
+    forEachWithNeighbours(mask, [](uint8_t &pixel, uint8_t left, uint8_t, uint8_t right, uint8_t) {
+        if (!pixel && (left == kMaskSet || right == kMaskSet))
+            pixel = kChanging;
+    });
+    settle(mask, kMaskSet);
+    forEachWithNeighbours(mask, [](uint8_t &pixel, uint8_t, uint8_t above, uint8_t, uint8_t below) {
+        if (!pixel && (above == kMaskSet || below == kMaskSet))
+            pixel = kChanging;
+    });
+    settle(mask, kMaskSet);
+}
+
 void remove_isolated(Plane<const uint8_t> source, Plane<uint8_t> destination) {
     for (int y = 1; y < source.height - 1; y++) {
         const uint8_t *above = source.row(y - 1);

@@ -3,13 +3,11 @@
 #pragma once
 
 #include "engine/core/plane.h"
+#include "engine/core/region_search.h"
 
 #include <cstdint>
 
 namespace hdr {
-
-/// Samples of a mask: clear is 0.
-inline constexpr uint8_t kMaskSet = 255;
 
 /// Erosion of a mask by its four direct neighbours, in place, `iterations` times: a set pixel beside a clear
 /// one is cleared. Beyond the frame there is nothing, so the frame itself does not erode.
@@ -19,6 +17,10 @@ void erode_mask4(Plane<uint8_t> mask, int iterations);
 /// one is set. Only the corners look at pixels set in the same iteration: a top corner is set by two of them,
 /// a bottom corner by one. The mask is at least 3 x 3.
 void dilate_mask4(Plane<uint8_t> mask, int iterations);
+
+/// Dilation of a mask by its eight neighbours, in place: every pixel of the 3 x 3 square around a set one is
+/// set.
+void dilateMask8(Plane<uint8_t> mask);
 
 /// Copies every set pixel of `source` inside the frame to `destination`, cleared when fewer than two of its
 /// four direct neighbours are set; nothing else is written. Masks of one size that do not overlap.

@@ -4,6 +4,7 @@
 #include "engine/analysis/ghost_masks.h"
 #include "engine/analysis/plane_filters.h"
 #include "engine/core/context.h"
+#include "engine/prepare/preparation.h"
 
 #include <algorithm>
 
@@ -101,6 +102,19 @@ bool analyseBrightSide(HdrContext *context, const GhostGrid &grid, RegionSearch 
     return anyRegion;
 }
 
+/// Counts dark-side regions that meet known motion of the dark exposure as part of it.
+void joinKnownMotion(const GhostGrid &grid, RegionSearch &search) {
+    search.start(grid.darkSide);
+    while (search.next()) {
+        if (std::ranges::none_of(search.cells(), [&](int32_t cell) { return grid.darkMoved[cell] != 0; }))
+            continue;
+        for (const int32_t cell : search.cells()) {
+            grid.darkMoved[cell] = kMaskSet;
+            grid.darkSide[cell] = 0;
+        }
+    }
+}
+
 /// Judges the dark-side regions, which all lose the dark exposure.
 void analyseDarkSide(HdrContext *context, const GhostGrid &grid, RegionSearch &search,
                      GhostProposal &proposal) {
@@ -118,6 +132,71 @@ void analyseDarkSide(HdrContext *context, const GhostGrid &grid, RegionSearch &s
     }
 }
 
+/// The exposure that a region in which something moved needs most.
+enum class Source { reference, dark, bright };
+
+Source mostNeeded(const GhostGrid &grid, const RegionSearch &search) {
+    int64_t mid = 0;
+    int64_t dark = 0;
+    int64_t bright = 0;
+    int64_t clippedCells = 0;
+    for (const int32_t cell : search.cells()) {
+        mid += grid.midWeights[cell];
+        dark += grid.darkWeights[cell];
+        bright += grid.brightWeights[cell];
+        clippedCells += grid.brightLuma[cell] > kBrightClipped;
+    }
+    if (dark > mid + bright)
+        return Source::dark;
+    const bool brightIsGood = 100 * clippedCells < static_cast<int64_t>(search.cells().size());
+    return bright > 2 * mid && brightIsGood ? Source::bright : Source::reference;
+}
+
+/// Takes the colour of a cell's pixels, and what the first merge shows there, from the dark exposure.
+void mergeFromDark(HdrContext *context, const GhostGrid &grid, int32_t cell) {
+    const Offscreen &reduced = *context->preparation.workImages[context->preparation.midIndex];
+    const ChromaWeights &weights = context->chromaWeights;
+    const int left = (cell % grid.width - 1) * kReducedCellSize;
+    const int top = (cell / grid.width - 1) * kReducedCellSize;
+    for (int y = std::max(top, 0); y < std::min(top + kReducedCellSize, reduced.i32Height); y++)
+        for (int x = std::max(left, 0); x < std::min(left + kReducedCellSize, reduced.i32Width); x++) {
+            const int pixel = y * reduced.i32Width + x;
+            weights.chromaWeightDark[pixel] = kWholeWeight;
+            weights.chromaWeightMid[pixel] = 0;
+            weights.chromaWeightBright[pixel] = 0;
+        }
+}
+
+/// Takes each region in which alignment found motion from one exposure. Whether there was one.
+bool replaceMoved(HdrContext *context, const GhostGrid &grid, RegionSearch &search, GhostProposal &proposal) {
+    // Upsampled weights reach into the next cell.
+    dilateMask8(Plane<uint8_t>(grid.darkMoved, grid.width, grid.height));
+    dilateMask8(Plane<uint8_t>(grid.brightMoved, grid.width, grid.height));
+    std::transform(grid.darkMoved, grid.darkMoved + grid.width * grid.height, grid.brightMoved, grid.moved,
+                   [](uint8_t dark, uint8_t bright) { return static_cast<uint8_t>(dark | bright); });
+    ExposureWeights &masks = context->weights;
+    bool anyRegion = false;
+    search.start(grid.moved);
+    while (search.next()) {
+        anyRegion = true;
+        const Source source = mostNeeded(grid, search);
+        for (const int32_t cell : search.cells()) {
+            if (source == Source::bright) {
+                masks.ghostMaskD[cell] = kMaskSet;
+            } else if (source == Source::dark) {
+                masks.ghostMaskB[cell] = kMaskSet;
+                mergeFromDark(context, grid, cell);
+            } else {
+                masks.ghostMaskC[cell] |= grid.brightMoved[cell];
+                grid.darkSide[cell] |= grid.darkMoved[cell];
+            }
+        }
+    }
+    if (anyRegion && proposal.ghostMode == kGhostsNone)
+        proposal.ghostMode = kGhostsReplaced;
+    return anyRegion;
+}
+
 /// Decides for every cell of a region which exposure it is taken from: the reference (mask A), the dark one
 /// (B) or the bright one (D), never two of them.
 void assignExposures(ExposureWeights &masks, const GhostGrid &grid) {
@@ -129,7 +208,7 @@ void assignExposures(ExposureWeights &masks, const GhostGrid &grid) {
             const int cell = y * grid.width + x;
             const int nearest = nearestRow + std::clamp(x, 1, grid.lastSampledColumn);
             const bool brightRemoved = masks.ghostMaskC[cell] != 0;
-            if (masks.ghostMaskD[cell])
+            if (masks.ghostMaskD[cell] || masks.ghostMaskB[cell])
                 continue;
             if (grid.darkSide[cell]) {
                 if (!brightRemoved && !masks.ghostMaskC[nearest] &&
@@ -146,6 +225,24 @@ void assignExposures(ExposureWeights &masks, const GhostGrid &grid) {
                     masks.ghostMaskA[cell] = kMaskSet;
             }
         }
+    }
+}
+
+/// Grows the masks beyond the cells whose weights they tell: later stages average them over up to nine cells
+/// before they use them.
+void addMargin(const ExposureWeights &masks, const GhostGrid &grid) {
+    const int cells = grid.width * grid.height;
+    const Plane<uint8_t> grown(grid.darkMoved, grid.width, grid.height);
+    uint8_t *taken = grid.moved;
+    for (int cell = 0; cell < cells; cell++)
+        taken[cell] = masks.ghostMaskA[cell] | masks.ghostMaskB[cell] | masks.ghostMaskD[cell];
+    for (uint8_t *mask : {masks.ghostMaskA, masks.ghostMaskB, masks.ghostMaskD}) {
+        std::copy_n(mask, cells, grown.data);
+        dilateMask8(grown);
+        dilate_mask4(grown, 1);
+        for (int cell = 0; cell < cells; cell++)
+            if (grown.data[cell] && !taken[cell])
+                mask[cell] = taken[cell] = kMaskSet;
     }
 }
 
@@ -173,45 +270,6 @@ void smoothWeights(MemContext *memory, const GhostGrid &grid) {
 
 } // namespace
 
-RegionSearch::RegionSearch(MemContext *memory, int width, int height)
-    : width(width), height(height), pending(memory, static_cast<size_t>(width) * static_cast<size_t>(height)),
-      found(memory, static_cast<size_t>(width) * static_cast<size_t>(height)) {}
-
-void RegionSearch::start(const uint8_t *mask) {
-    std::transform(mask, mask + pending.size(), pending.begin(),
-                   [](uint8_t value) { return static_cast<uint8_t>(value == kMaskSet); });
-    scanned = 0;
-    count = 0;
-}
-
-bool RegionSearch::next() {
-    const int size = width * height;
-    while (scanned < size && !pending.data()[scanned])
-        scanned++;
-    if (scanned == size)
-        return false;
-    count = 0;
-    bounds = {width, height, 0, 0};
-    take(scanned % width, scanned / width);
-    for (int visited = 0; visited < count; visited++) {
-        const int x = found.data()[visited] % width;
-        const int y = found.data()[visited] / width;
-        for (int ny = std::max(y - 1, 0); ny <= std::min(y + 1, height - 1); ny++)
-            for (int nx = std::max(x - 1, 0); nx <= std::min(x + 1, width - 1); nx++)
-                if (pending.data()[ny * width + nx])
-                    take(nx, ny);
-    }
-    return true;
-}
-
-void RegionSearch::take(int x, int y) {
-    const int cell = y * width + x;
-    pending.data()[cell] = 0;
-    found.data()[count++] = cell;
-    bounds = {std::min(bounds.x0, x), std::min(bounds.y0, y), std::max(bounds.x1, x + 1),
-              std::max(bounds.y1, y + 1)};
-}
-
 GhostProposal analyse_ghost_regions(MemContext *memory, HdrContext *context, const GhostGrid &grid,
                                     RegionSearch &search) {
     ExposureWeights &masks = context->weights;
@@ -227,10 +285,12 @@ GhostProposal analyse_ghost_regions(MemContext *memory, HdrContext *context, con
 
     GhostProposal proposal = {};
     clearDeepShadowRegions(grid, search);
+    joinKnownMotion(grid, search);
     checkBrightExtent(context, grid, search);
     const bool brightSideFound = analyseBrightSide(context, grid, search, proposal);
     analyseDarkSide(context, grid, search, proposal);
-    if (brightSideFound || proposal.darkSideFound) {
+    const bool movedFound = replaceMoved(context, grid, search, proposal);
+    if (brightSideFound || proposal.darkSideFound || movedFound) {
         assignExposures(masks, grid);
         // Beyond an empty column the frame has nothing of its own to follow either.
         const bool lastColumnEmpty = grid.lastSampledColumn + 1 < frame;
@@ -239,6 +299,8 @@ GhostProposal analyse_ghost_regions(MemContext *memory, HdrContext *context, con
         writeReplacedWeights(masks, grid);
         smoothWeights(memory, grid);
         writeReplacedWeights(masks, grid);
+        if (movedFound)
+            addMargin(masks, grid);
     }
     for (int16_t *plane : weightPlanes)
         repeatLastSampledColumn(grid, plane, frame);

@@ -2,44 +2,11 @@
 // The regions where the exposures disagree, and the one exposure that each of them is taken from.
 #pragma once
 
-#include "engine/core/buffer.h"
-#include "engine/core/offscreen.h"
+#include "engine/core/region_search.h"
 
 #include <cstdint>
-#include <span>
 
 namespace hdr {
-
-/// Finds the 8-connected regions of a mask, one after the other, in the row-major order of their first cells.
-class RegionSearch {
-public:
-    /// Allocates for packed masks of width x height cells; test the object before use.
-    RegionSearch(MemContext *memory, int width, int height);
-    explicit operator bool() const { return pending && found; }
-
-    /// Begins again with the cells of `mask` that are 255. The mask is copied: it may change during the
-    /// search.
-    void start(const uint8_t *mask);
-    /// Moves on to the next region; false when there is none left.
-    bool next();
-
-    /// The current region's cells, as indices y * width + x, in no particular order; valid until the next
-    /// call.
-    std::span<const int32_t> cells() const { return {found.data(), static_cast<size_t>(count)}; }
-    /// The smallest rectangle that holds the current region.
-    const Rect &box() const { return bounds; }
-
-private:
-    void take(int x, int y);
-
-    int width;
-    int height;
-    Buffer<uint8_t> pending; ///< [height][width]: not 0 where a cell belongs to a region not yet found
-    Buffer<int32_t> found;   ///< room for every cell
-    int scanned = 0;         ///< cells before this one are not pending any more
-    int count = 0;
-    Rect bounds = {};
-};
 
 /// What the region analysis works on: planes of the framed analysis grid, packed width x height. Not owned.
 struct GhostGrid {
@@ -53,6 +20,9 @@ struct GhostGrid {
     int16_t *brightWeights;
     uint8_t *darkSide;           ///< mask: the dark exposure differs from the reference
     uint8_t *brightSide;         ///< mask: the bright exposure differs from the reference
+    uint8_t *darkMoved;          ///< mask: alignment found motion in the dark exposure; overwritten
+    uint8_t *brightMoved;        ///< likewise in the bright exposure
+    uint8_t *moved;              ///< room for another mask
     const uint8_t *brightExtent; ///< mask: the same by a threshold of its own, to judge how far it reaches
 };
 

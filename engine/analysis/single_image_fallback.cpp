@@ -53,6 +53,7 @@ void clearAlignment(HdrContext *context) {
     const size_t nodes = static_cast<size_t>(alignment.warpWidth) * static_cast<size_t>(alignment.warpHeight);
     for (size_t input = 0; input < 3; input++) {
         std::fill_n(alignment.globalShift[input], 2, 0);
+        std::fill_n(alignment.gridShift[input], 2, 0);
         for (int32_t *grid : {alignment.warpX[input], alignment.warpY[input]})
             if (grid)
                 std::fill_n(grid, nodes, 0);

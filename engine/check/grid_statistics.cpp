@@ -52,6 +52,19 @@ CellShift cellShift(int displacement) {
     return {cells, kCellSize * cells + displacement + kCellSize};
 }
 
+/// Moves a packed grid by whole cells; the cells at its edge are repeated.
+void moveGridPlane(uint16_t *plane, int columns, int rows, const int32_t (&cells)[2], uint16_t *scratch) {
+    if (cells[0] == 0 && cells[1] == 0)
+        return;
+    const Plane<uint16_t> after(plane, columns, rows);
+    const Plane<const uint16_t> before(scratch, columns, rows);
+    std::copy_n(plane, static_cast<size_t>(columns) * static_cast<size_t>(rows), scratch);
+    for (int y = 0; y < rows; y++)
+        for (int x = 0; x < columns; x++)
+            after(x, y) =
+                before(std::clamp(x - cells[0], 0, columns - 1), std::clamp(y - cells[1], 0, rows - 1));
+}
+
 /// Brings the grids of the dark and the bright exposure into register with the reference's and frames the
 /// planes that later stages read.
 HdrStatus alignGrids(MemContext *memory, HdrContext *context) {
@@ -65,9 +78,14 @@ HdrStatus alignGrids(MemContext *memory, HdrContext *context) {
         return HDR_ERR_NOMEM;
 
     const auto [darkX, brightX, darkY, brightY] = context->check.shiftTable;
+    const auto align = [&](int index, const int32_t(&cells)[2], int dx, int dy) {
+        moveGridPlane(plane(index), columns, rows, cells, scratch.data());
+        shiftGridPlane(plane(index), columns, rows, dx, dy, scratch.data());
+    };
+    const auto &gridShift = context->alignment.gridShift;
     for (int index : {preparation.darkIndex, int{kGridDarkU}, int{kGridDarkV}})
-        shiftGridPlane(plane(index), columns, rows, darkX, darkY, scratch.data());
-    shiftGridPlane(plane(preparation.brightIndex), columns, rows, brightX, brightY, scratch.data());
+        align(index, gridShift[preparation.darkIndex], darkX, darkY);
+    align(preparation.brightIndex, gridShift[preparation.brightIndex], brightX, brightY);
 
     pad_plane_u16(plane(preparation.darkIndex), plane(kGridDarkLevel), columns, rows);
     pad_plane_u16(plane(preparation.midIndex), plane(kGridMidLevel), columns, rows);

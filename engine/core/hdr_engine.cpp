@@ -53,8 +53,7 @@ void beginRun(MemContext *memory, HdrContext *context) {
     context->earlyExitCode = HDR_OK;
     context->fallback = HDR_FALLBACK_NONE;
     std::fill(std::begin(context->stepMicroseconds), std::end(context->stepMicroseconds), 0);
-    for (auto &shift : context->alignment.globalShift)
-        std::fill(std::begin(shift), std::end(shift), 0);
+    context->alignment = {};
     context->ghosts = {};
     context->scene = {};
     context->render = {};
@@ -166,8 +165,9 @@ HdrStatus hdrGetRunInfo(const HdrContext *context, HdrRunInfo *info) {
     info->brightIndex = preparation.brightIndex;
     for (int i = 0; i < kInputs; i++) {
         info->exposureEstimate[i] = preparation.exposureEstimate[i];
-        info->shiftX[i] = context->alignment.globalShift[i][0];
-        info->shiftY[i] = context->alignment.globalShift[i][1];
+        const Alignment &alignment = context->alignment;
+        info->shiftX[i] = alignment.globalShift[i][0] + kCellSize * alignment.gridShift[i][0];
+        info->shiftY[i] = alignment.globalShift[i][1] + kCellSize * alignment.gridShift[i][1];
         info->excluded[i] = context->ghosts.excludedInputs[i];
     }
     info->fallback = context->fallback;

@@ -5,6 +5,7 @@
 #include "engine/core/plane.h"
 #include "engine/prepare/features.h"
 #include "engine/prepare/motion_search.h"
+#include "engine/prepare/moved_cells.h"
 #include "engine/prepare/registered_pictures.h"
 #include "engine/prepare/tone_correction.h"
 #include "engine/prepare/tone_match.h"
@@ -65,6 +66,9 @@ HdrStatus alignWorkingPicture(MemContext *memory, HdrContext *context, int index
                          preparation.validRects[index]);
 }
 
+/// Share of the cells, in percent, in which things may move, and by how much each level lowers it.
+constexpr int kMostMoved = 65, kLessMoved = 3;
+
 /// Makes the registered picture of an aligned input one that differs from the reference only where the scene
 /// does.
 HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, const uint8_t *forward) {
@@ -79,7 +83,15 @@ HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, c
     offscreenCopyAll(context->alignment.scratchImage, &working);
     registerScratch(context, index, tones.data());
     replaceUnmeasurable(reference, working, *preparation.registeredImages[index]);
-    return HDR_OK;
+
+    uint8_t *&moved = context->alignment.movedCells[index];
+    moved = allocateZeroed<uint8_t>(memory, preparation.gridPlaneSize());
+    if (!moved)
+        return HDR_ERR_NOMEM;
+    return findMovedCells(memory, planeOf(reference), planeOf(*preparation.registeredImages[index]),
+                          planeOf(working), tones.data(), preparation.validRects[index],
+                          context->ghostSuppressionLevel,
+                          Plane<uint8_t>(moved, preparation.gridWidth, preparation.gridHeight));
 }
 
 } // namespace
@@ -158,11 +170,35 @@ HdrStatus alignInput(MemContext *memory, HdrContext *context, int index, Progres
     return status == HDR_OK ? finishRegistered(memory, context, index, forward) : status;
 }
 
+void settleMotion(MemContext *memory, HdrContext *context) {
+    Preparation &preparation = context->preparation;
+    uint8_t *&dark = context->alignment.movedCells[preparation.darkIndex];
+    uint8_t *&bright = context->alignment.movedCells[preparation.brightIndex];
+    if (!dark || !bright)
+        return;
+    int64_t cells = 0;
+    for (size_t i = 0; i < preparation.gridPlaneSize(); i++)
+        cells += dark[i] || bright[i];
+    const int64_t allCells = int64_t{preparation.gridColumns} * preparation.gridRows;
+    if (100 * cells > allCells * (kMostMoved - kLessMoved * context->ghostSuppressionLevel)) {
+        releaseArray(memory, dark);
+        releaseArray(memory, bright);
+        return;
+    }
+    const Plane<const uint8_t> reference = planeOf(*preparation.registeredImages[preparation.midIndex]);
+    for (int index : {preparation.darkIndex, preparation.brightIndex}) {
+        const Plane<uint8_t> registered = planeOf(*preparation.registeredImages[index]);
+        for (int y = 0; y < reference.height; y++)
+            std::copy_n(reference.row(y), reference.width, registered.row(y));
+    }
+}
+
 void Alignment::release(MemContext *memory) {
     for (int i = 0; i < 3; i++) {
         releaseArray(memory, warpX[i]);
         releaseArray(memory, warpY[i]);
         releaseArray(memory, matchTables[i]);
+        releaseArray(memory, movedCells[i]);
     }
     releaseArray(memory, featureTables);
     offscreenFree(&scratchImage, memory);

@@ -24,6 +24,8 @@ inline constexpr int kFeatureCapacity = 128;
 /// none.
 struct Alignment {
     int32_t globalShift[3][2]; ///< per input: x, y in full-resolution pixels; 0 for the reference
+    int32_t gridShift[3][2];   ///< per input: x, y in grid cells: what the shift of an input that was moved
+                               ///< further than kLargestShift leaves to its warp grids
     int32_t warpWidth;         ///< nodes in a row of the warp grids
     int32_t warpHeight;
     int32_t *warpX[3];          ///< per input [warpHeight][warpWidth]: horizontal displacement of each node
@@ -37,6 +39,9 @@ struct Alignment {
     float *matchTables[3]; ///< per input [3][kFeatureCapacity]: matched x and y in reduced pixels (negative
                            ///< where there is no match), and 1 where the match follows the input's motion,
                            ///< else 0
+
+    uint8_t *movedCells[3]; ///< per input, mask of the framed analysis grid: where it shows something else
+                            ///< than the reference; null where the registered picture tells that
 
     void release(MemContext *memory);
 };
@@ -60,5 +65,11 @@ void releaseFeatureGrid(MemContext *memory, HdrContext *context);
 /// null user data. Fewer than 3 features, or exposures that agree on no motion, end in earlyExitCode
 /// HDR_ERR_ALIGN with nothing moved. 0, HDR_ERR_NOMEM or HDR_CANCELLED.
 HdrStatus alignInput(MemContext *memory, HdrContext *context, int index, ProgressCallback callback);
+
+/// Decides, when both exposures are aligned, how motion is told to ghost detection. Where things moved in so
+/// little of the picture that each can be taken from one exposure, movedCells tells and the registered
+/// pictures take the reference's luminance. Otherwise movedCells is released, and the registered pictures
+/// show that the exposures do not belong together. The share allowed falls with the ghost suppression level.
+void settleMotion(MemContext *memory, HdrContext *context);
 
 } // namespace hdr

@@ -55,6 +55,7 @@ HdrStatus registerInputs(MemContext *memory, HdrContext *context, int count, Pro
         if (status != HDR_OK)
             return status;
     }
+    settleMotion(memory, context);
     return HDR_OK;
 }
 

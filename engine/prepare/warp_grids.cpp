@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "engine/prepare/warp_grids.h"
 
+#include "engine/check/input_check.h"
+#include "engine/prepare/preparation.h"
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace hdr {
 
@@ -15,6 +19,14 @@ constexpr int kRoundingSweeps = 8;
 /// Half away from zero.
 int roundAway(double value) {
     return static_cast<int>(value < 0 ? std::ceil(value - 0.5) : std::floor(value + 0.5));
+}
+
+/// Divides a displacement of the whole picture into one of at most kLargestShift pixels and whole grid cells.
+void divideShift(int displacement, int32_t &shift, int32_t &cells) {
+    const int excess = std::max(std::abs(displacement) - kLargestShift, 0);
+    const int steps = (excess + kCellSize - 1) / kCellSize;
+    cells = displacement < 0 ? -steps : steps;
+    shift = displacement - cells * kCellSize;
 }
 
 /// Chooses whole numbers for one coordinate: coordinate descent on the integral of the squared difference
@@ -64,8 +76,9 @@ void roundNodes(const WarpField &field, int32_t shift, int32_t *grid, Coordinate
 void roundWarpField(const WarpField &field, Alignment &alignment, int input) {
     const Vector middle = field.displacement(field.centre());
     int32_t *shift = alignment.globalShift[input];
-    shift[0] = roundAway(middle.x);
-    shift[1] = roundAway(middle.y);
+    int32_t *cells = alignment.gridShift[input];
+    divideShift(roundAway(middle.x), shift[0], cells[0]);
+    divideShift(roundAway(middle.y), shift[1], cells[1]);
     roundNodes(field, shift[0], alignment.warpX[input], [](const Vector &v) { return v.x; });
     roundNodes(field, shift[1], alignment.warpY[input], [](const Vector &v) { return v.y; });
 }

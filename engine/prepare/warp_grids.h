@@ -8,9 +8,10 @@
 
 namespace hdr {
 
-/// Sets the input's global shift (the field at the picture's centre, rounded half away from zero) and its
-/// grids: whole numbers relative to the shift whose interpolation follows the field as nearly as it can,
-/// which is not always their nearest ones: between two whole numbers neighbouring nodes alternate.
+/// Sets the input's global shift (the field at the picture's centre, rounded half away from zero, less whole
+/// cells where it exceeds kLargestShift) and its grids: whole numbers relative to the shift whose
+/// interpolation follows the field as nearly as it can, which is not always their nearest ones: between two
+/// whole numbers neighbouring nodes alternate.
 void roundWarpField(const WarpField &field, Alignment &alignment, int input);
 
 /// Displacement of an input at a full-resolution position, as the rendering follows it.

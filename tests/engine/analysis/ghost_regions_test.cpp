@@ -2,7 +2,6 @@
 #include "engine/analysis/ghost_regions.h"
 
 #include "engine/core/context.h"
-#include "tests/support/mask_art.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -13,44 +12,23 @@
 namespace hdr {
 namespace {
 
-using test::maskFrom;
 using Mask = std::vector<uint8_t>;
 using Weights = std::tuple<int, int, int>; // reference, dark, bright
-
-TEST(RegionSearch, FindsEightConnectedRegionsWithCountAndBox) {
-    const Mask mask = maskFrom({"#...##.", //
-                                ".#...#.", //
-                                "......#", //
-                                "###....", //
-                                "#.#...#"});
-    RegionSearch search(nullptr, 7, 5);
-    ASSERT_TRUE(search);
-    std::vector<std::vector<int>> found;
-    for (int round = 0; round < 2; round++) { // a search can start again
-        found.clear();
-        search.start(mask.data());
-        while (search.next()) {
-            const Rect &box = search.box();
-            found.push_back({static_cast<int>(search.cells().size()), box.x0, box.y0, box.x1, box.y1});
-        }
-    }
-    EXPECT_EQ(found, (std::vector<std::vector<int>>{
-                         {2, 0, 0, 2, 2}, {4, 4, 0, 7, 3}, {5, 0, 3, 3, 5}, {1, 6, 4, 7, 5}}));
-}
 
 /// A grid of uniform luminance that shows the reference alone, with empty masks.
 struct RegionScene {
     int width, height;
     HdrContext context{};
     std::vector<int16_t> midLuma, brightLuma, midWeights, darkWeights, brightWeights;
-    Mask darkSide, brightSide, brightExtent, maskA, maskB, maskC, maskD;
+    Mask darkSide, brightSide, brightExtent, darkMoved, brightMoved, maskA, maskB, maskC, maskD;
     int lastSampledColumn;
 
     RegionScene(int width, int height)
         : width(width), height(height), midLuma(size(), 100), brightLuma(size(), 150),
           midWeights(size(), 256), darkWeights(size(), 0), brightWeights(size(), 0), darkSide(size(), 0),
-          brightSide(size(), 0), brightExtent(size(), 0), maskA(size(), 9), maskB(size(), 9),
-          maskC(size(), 9), maskD(size(), 9), lastSampledColumn(width - 2) {}
+          brightSide(size(), 0), brightExtent(size(), 0), darkMoved(size(), 0), brightMoved(size(), 0),
+          maskA(size(), 9), maskB(size(), 9), maskC(size(), 9), maskD(size(), 9),
+          lastSampledColumn(width - 2) {}
 
     size_t size() const { return static_cast<size_t>(width * height); }
     size_t at(int x, int y) const { return static_cast<size_t>(y * width + x); }
@@ -71,6 +49,7 @@ struct RegionScene {
         context.weights.ghostMaskC = maskC.data();
         context.weights.ghostMaskD = maskD.data();
         RegionSearch search(nullptr, width, height);
+        Mask moved(size());
         const GhostGrid grid = {.width = width,
                                 .height = height,
                                 .lastSampledColumn = lastSampledColumn,
@@ -81,6 +60,9 @@ struct RegionScene {
                                 .brightWeights = brightWeights.data(),
                                 .darkSide = darkSide.data(),
                                 .brightSide = brightSide.data(),
+                                .darkMoved = darkMoved.data(),
+                                .brightMoved = brightMoved.data(),
+                                .moved = moved.data(),
                                 .brightExtent = brightExtent.data()};
         return analyse_ghost_regions(nullptr, &context, grid, search);
     }
@@ -278,6 +260,68 @@ TEST(GhostRegions, EdgeCellsGoWhereTheirNeighboursInsideGo) {
     }
     EXPECT_EQ(scene.weights(8, 8),
               Weights(0, 256, 0)); // nothing of column 10 is smoothed into its neighbours
+}
+
+/// The first mask of each cell in a row.
+std::string row(const RegionScene &scene, int y) {
+    std::string letters;
+    for (int x = 0; x < scene.width; x++)
+        letters += (scene.masks(x, y) + ".")[0];
+    return letters;
+}
+
+TEST(GhostRegions, KnownMotionIsTakenFromTheReferenceAndItsMaskHasAMargin) {
+    RegionScene scene(16, 14);
+    scene.weigh({0, 0, 16, 14}, {128, 128, 0});
+    scene.darkMoved[scene.at(7, 6)] = 255;
+    scene.brightMoved[scene.at(8, 6)] = 255;
+    const GhostProposal proposal = scene.run();
+    EXPECT_EQ(proposal.ghostMode, kGhostsReplaced);
+    EXPECT_FALSE(proposal.darkSideFound);
+    // Two cells and those around them are replaced; the mask reaches on by two, cut at the corners.
+    EXPECT_EQ(row(scene, 6), "....AAAAAAAA....");
+    EXPECT_EQ(row(scene, 3), ".....AAAAAA.....");
+    EXPECT_EQ(row(scene, 2), "................");
+    EXPECT_EQ(scene.masks(8, 6), "AC");
+    for (int x = 6; x <= 9; x++)
+        EXPECT_EQ(scene.weights(x, 5), Weights(256, 0, 0));
+    EXPECT_NE(scene.weights(5, 6), Weights(256, 0, 0));
+}
+
+TEST(GhostRegions, KnownMotionIsTakenFromTheExposureThatItNeedsMost) {
+    const auto shownBy = [](Weights inside) {
+        RegionScene scene(16, 14);
+        std::vector<uint8_t> luma(64 * 56);
+        Offscreen reduced = {HDR_FORMAT_YUV444, 64, 56, {luma.data()}, {64}};
+        scene.context.preparation.workImages[0] = &reduced;
+        std::vector<int16_t> dark(luma.size(), 10), mid(luma.size(), 20), bright(luma.size(), 30);
+        scene.context.chromaWeights = {dark.data(), bright.data(), mid.data(), nullptr};
+        scene.weigh({6, 5, 10, 8}, inside);
+        scene.darkMoved[scene.at(7, 6)] = 255;
+        scene.brightMoved[scene.at(8, 6)] = 255;
+        EXPECT_EQ(scene.run().ghostMode, kGhostsReplaced);
+        // The colour of a cell that the dark exposure gives is its own, up to its last pixel.
+        const bool fromDark = dark[(4 * 4 + 3) * 64 + 4 * 5] == 256;
+        EXPECT_EQ(mid[(4 * 4 + 3) * 64 + 4 * 5], fromDark ? 0 : 20);
+        EXPECT_EQ(bright[(4 * 6 + 3) * 64 + 4 * 8 + 3], fromDark ? 0 : 30);
+        EXPECT_EQ(dark[(4 * 6 + 3) * 64 + 4 * 9], 10);
+        EXPECT_EQ(fromDark, scene.masks(6, 5).front() == 'B');
+        return row(scene, 6) + std::to_string(std::get<1>(scene.weights(9, 7)));
+    };
+    EXPECT_EQ(shownBy({127, 129, 0}), "....BBBBBBBB....256");
+    EXPECT_EQ(shownBy({128, 128, 0}), "....AAAAAAAA....0");
+    EXPECT_EQ(shownBy({85, 0, 171}), "....DDDDDDDD....0");
+    EXPECT_EQ(shownBy({86, 0, 170}), "....AAAAAAAA....0");
+}
+
+TEST(GhostRegions, DarkDifferencesThatMeetKnownMotionArePartOfIt) {
+    RegionScene scene(24, 14);
+    scene.fill(scene.darkSide, {4, 4, 8, 8}, 255);
+    scene.darkMoved[scene.at(7, 7)] = 255;
+    EXPECT_FALSE(scene.run().darkSideFound);
+    EXPECT_EQ(scene.masks(3, 3), "A");
+    scene.fill(scene.darkSide, {18, 4, 21, 8}, 255);
+    EXPECT_TRUE(scene.run().darkSideFound);
 }
 
 } // namespace
