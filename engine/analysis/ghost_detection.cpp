@@ -201,7 +201,7 @@ void decide(HdrContext *context, const GhostGrid &grid, const GhostProposal &pro
 
 } // namespace
 
-HdrStatus detect_ghosts(MemContext *memory, HdrContext *context, const int16_t * /*darkGrid*/,
+HdrStatus detect_ghosts(MemContext *memory, HdrContext *context, const int16_t *darkGrid,
                         const int16_t *midGrid, const int16_t *brightGrid, int width, int height,
                         int16_t *darkWeights, int16_t *brightWeights, int16_t *midWeights) {
     const Preparation &preparation = context->preparation;
@@ -238,6 +238,7 @@ HdrStatus detect_ghosts(MemContext *memory, HdrContext *context, const int16_t *
     const GhostGrid grid = {.width = width,
                             .height = height,
                             .lastSampledColumn = lastColumnEmpty ? lastColumn - 1 : lastColumn,
+                            .darkLuma = darkGrid,
                             .midLuma = midGrid,
                             .brightLuma = brightGrid,
                             .midWeights = midWeights,

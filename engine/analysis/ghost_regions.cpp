@@ -17,6 +17,8 @@ constexpr int16_t kWholeWeight = 256;
 constexpr int kDeepShadow = 64;
 /// Bright luminance above which a cell of the bright exposure is clipped.
 constexpr int kBrightClipped = 252;
+/// Dark luminance below which the dark exposure has no colour of its own.
+constexpr int kDarkDim = 64;
 /// Luminance of the reference and of the bright exposure from which the dark exposure may take a cell over.
 constexpr int kHighlightMid = 192;
 constexpr int kHighlightBright = 224;
@@ -140,16 +142,18 @@ Source mostNeeded(const GhostGrid &grid, const RegionSearch &search) {
     int64_t dark = 0;
     int64_t bright = 0;
     int64_t clippedCells = 0;
+    int64_t dimCells = 0;
     for (const int32_t cell : search.cells()) {
         mid += grid.midWeights[cell];
         dark += grid.darkWeights[cell];
         bright += grid.brightWeights[cell];
         clippedCells += grid.brightLuma[cell] > kBrightClipped;
+        dimCells += grid.darkLuma[cell] < kDarkDim;
     }
-    if (dark > mid + bright)
+    const int64_t size = static_cast<int64_t>(search.cells().size());
+    if (dark > mid + bright && 10 * dimCells < size)
         return Source::dark;
-    const bool brightIsGood = 100 * clippedCells < static_cast<int64_t>(search.cells().size());
-    return bright > 2 * mid && brightIsGood ? Source::bright : Source::reference;
+    return bright > 2 * mid && 100 * clippedCells < size ? Source::bright : Source::reference;
 }
 
 /// Takes the colour of a cell's pixels, and what the first merge shows there, from the dark exposure.
@@ -162,7 +166,7 @@ void mergeFromDark(HdrContext *context, const GhostGrid &grid, int32_t cell) {
         for (int x = std::max(left, 0); x < std::min(left + kReducedCellSize, reduced.i32Width); x++) {
             const int pixel = y * reduced.i32Width + x;
             weights.chromaWeightDark[pixel] = kWholeWeight;
-            weights.chromaWeightMid[pixel] = 0;
+            weights.chromaWeightMid[pixel] = 1; // where the dark exposure is too dim to count
             weights.chromaWeightBright[pixel] = 0;
         }
 }

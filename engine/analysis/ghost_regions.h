@@ -13,6 +13,7 @@ struct GhostGrid {
     int width;
     int height;
     int lastSampledColumn; ///< last column inside the frame that has statistics of its own
+    const int16_t *darkLuma;
     const int16_t *midLuma;
     const int16_t *brightLuma;
     int16_t *midWeights; ///< 0..256, as the next two

@@ -23,8 +23,10 @@ constexpr int kUnit = 256;
 constexpr int kClippingBegins = 208, kFullyClipped = 226;
 constexpr int kCrushingBegins = 20, kFullyCrushed = 17;
 /// Levels by which two exposures may contradict each other through errors of the tone correspondence, and by
-/// which they surely show different things.
+/// which they surely show different things; and the same where an exposure is clipped, as the correspondence
+/// cannot tell from which level of the reference on it is.
 constexpr int kTolerated = 32, kContradicts = 64;
+constexpr int kToleratedClipped = 64, kContradictsClipped = 112;
 
 /// 0 up to `from`, kUnit from `to` on, linear between them.
 constexpr int ramp(int value, int from, int to) {
@@ -93,7 +95,8 @@ void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, c
             // A clipped pixel bounds the scene's brightness from below, a crushed one from above.
             const int brighter = kUnit - ramp(match - target, kTolerated, kContradicts);
             const int darker = kUnit - ramp(target - match, kTolerated, kContradicts);
-            const int weight = std::max({clipping(own, x, y) * brighter, clipping(seen, x, y) * darker,
+            const int clippedBrighter = kUnit - ramp(match - target, kToleratedClipped, kContradictsClipped);
+            const int weight = std::max({clipping(own, x, y) * clippedBrighter, clipping(seen, x, y) * darker,
                                          crushing(own(x, y)) * darker, crushing(target) * brighter});
             matched(x, y) = static_cast<uint8_t>(match + (target - match) * weight / (kUnit * kUnit));
         }

@@ -19,12 +19,12 @@ using Weights = std::tuple<int, int, int>; // reference, dark, bright
 struct RegionScene {
     int width, height;
     HdrContext context{};
-    std::vector<int16_t> midLuma, brightLuma, midWeights, darkWeights, brightWeights;
+    std::vector<int16_t> darkLuma, midLuma, brightLuma, midWeights, darkWeights, brightWeights;
     Mask darkSide, brightSide, brightExtent, darkMoved, brightMoved, maskA, maskB, maskC, maskD;
     int lastSampledColumn;
 
     RegionScene(int width, int height)
-        : width(width), height(height), midLuma(size(), 100), brightLuma(size(), 150),
+        : width(width), height(height), darkLuma(size(), 64), midLuma(size(), 100), brightLuma(size(), 150),
           midWeights(size(), 256), darkWeights(size(), 0), brightWeights(size(), 0), darkSide(size(), 0),
           brightSide(size(), 0), brightExtent(size(), 0), darkMoved(size(), 0), brightMoved(size(), 0),
           maskA(size(), 9), maskB(size(), 9), maskC(size(), 9), maskD(size(), 9),
@@ -53,6 +53,7 @@ struct RegionScene {
         const GhostGrid grid = {.width = width,
                                 .height = height,
                                 .lastSampledColumn = lastSampledColumn,
+                                .darkLuma = darkLuma.data(),
                                 .midLuma = midLuma.data(),
                                 .brightLuma = brightLuma.data(),
                                 .midWeights = midWeights.data(),
@@ -289,7 +290,7 @@ TEST(GhostRegions, KnownMotionIsTakenFromTheReferenceAndItsMaskHasAMargin) {
 }
 
 TEST(GhostRegions, KnownMotionIsTakenFromTheExposureThatItNeedsMost) {
-    const auto shownBy = [](Weights inside) {
+    const auto shownBy = [](Weights inside, int dimCells = 0) {
         RegionScene scene(16, 14);
         std::vector<uint8_t> luma(64 * 56);
         Offscreen reduced = {HDR_FORMAT_YUV444, 64, 56, {luma.data()}, {64}};
@@ -297,18 +298,21 @@ TEST(GhostRegions, KnownMotionIsTakenFromTheExposureThatItNeedsMost) {
         std::vector<int16_t> dark(luma.size(), 10), mid(luma.size(), 20), bright(luma.size(), 30);
         scene.context.chromaWeights = {dark.data(), bright.data(), mid.data(), nullptr};
         scene.weigh({6, 5, 10, 8}, inside);
+        scene.fill(scene.darkLuma, {6, 5, 6 + dimCells, 6}, 63);
         scene.darkMoved[scene.at(7, 6)] = 255;
         scene.brightMoved[scene.at(8, 6)] = 255;
         EXPECT_EQ(scene.run().ghostMode, kGhostsReplaced);
         // The colour of a cell that the dark exposure gives is its own, up to its last pixel.
         const bool fromDark = dark[(4 * 4 + 3) * 64 + 4 * 5] == 256;
-        EXPECT_EQ(mid[(4 * 4 + 3) * 64 + 4 * 5], fromDark ? 0 : 20);
+        EXPECT_EQ(mid[(4 * 4 + 3) * 64 + 4 * 5], fromDark ? 1 : 20);
         EXPECT_EQ(bright[(4 * 6 + 3) * 64 + 4 * 8 + 3], fromDark ? 0 : 30);
         EXPECT_EQ(dark[(4 * 6 + 3) * 64 + 4 * 9], 10);
         EXPECT_EQ(fromDark, scene.masks(6, 5).front() == 'B');
         return row(scene, 6) + std::to_string(std::get<1>(scene.weights(9, 7)));
     };
     EXPECT_EQ(shownBy({127, 129, 0}), "....BBBBBBBB....256");
+    EXPECT_EQ(shownBy({127, 129, 0}, 1), "....BBBBBBBB....256");
+    EXPECT_EQ(shownBy({127, 129, 0}, 2), "....AAAAAAAA....0"); // too dim in 2 of 12 cells
     EXPECT_EQ(shownBy({128, 128, 0}), "....AAAAAAAA....0");
     EXPECT_EQ(shownBy({85, 0, 171}), "....DDDDDDDD....0");
     EXPECT_EQ(shownBy({86, 0, 170}), "....AAAAAAAA....0");

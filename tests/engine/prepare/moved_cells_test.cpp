@@ -82,7 +82,10 @@ TEST(MovedCells, NeedAThresholdThatTheLevelLowersAndAPatch) {
     std::vector<uint8_t> steep = identity();
     for (size_t i = 0; i < 256; i++)
         steep[i] = static_cast<uint8_t>(std::min<size_t>(6 * i, 255));
-    EXPECT_EQ(countSet(movedCells(reference, changeBy(-45, patch), 6, {0, 0, kWidth, kHeight}, steep)), 0);
+    const Picture shadow = paint([](int, int) { return 30; });
+    const Picture darker = paint([&](int x, int y) { return inside(x, y, patch) ? 12 : 30; });
+    EXPECT_GT(countSet(movedCells(shadow, darker)), 0);
+    EXPECT_EQ(countSet(movedCells(shadow, darker, 6, {0, 0, kWidth, kHeight}, steep)), 0);
 }
 
 TEST(MovedCells, LeaveOutEdgesThatAreOffByPartOfAPixelButNotByTwo) {
