@@ -82,6 +82,10 @@ int64_t IHDREngine::progress(int64_t percentage, int64_t, void *userData) {
     return 0;
 }
 
+void IHDREngine::stepEnded(const HdrContext *context, int32_t step, void *userData) {
+    static_cast<const IHDREngine *>(userData)->stepObserver(*context, step);
+}
+
 void IHDREngine::run(EngineInputs &inputs, int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
                      int32_t ghostSuppressionLevel, const CompletionHandler &completionHandler) {
     lastRunInfo = {};
@@ -102,6 +106,8 @@ HdrStatus IHDREngine::merge(EngineInputs &inputs, const HdrParams &parameters, i
 
     constexpr int32_t kOutputIndex = 2;
     hdrSetGhostSuppressionLevel(nullptr, context.get(), ghostSuppressionLevel);
+    if (stepObserver)
+        hdrSetStepObserver(context.get(), &IHDREngine::stepEnded, this);
     const HdrStatus status =
         hdrProcess(nullptr, context.get(), inputs.data(), static_cast<int32_t>(inputs.size()), inputs.data(),
                    kOutputIndex, &parameters, nullptr, &IHDREngine::progress, this);

@@ -31,6 +31,10 @@ public:
     /// Told the percentage while the exposures are merged, not always on the thread that called run.
     std::function<void(int64_t percentage)> progressObserver;
 
+    /// Told each step (HDR_STEP_…) of a run when it has ended, on the thread that called run, with the
+    /// context to look into; must not throw. Empty for none.
+    std::function<void(const HdrContext &context, int32_t step)> stepObserver;
+
     /**
      * Merges `inputs`, which are of format 0x501 and one size, on the calling thread. The handler, which may
      * be empty, is called before the call returns, and only when there is a picture; status() tells of
@@ -48,6 +52,7 @@ private:
     HdrStatus merge(EngineInputs &inputs, const HdrParams &parameters, int32_t ghostSuppressionLevel,
                     const CompletionHandler &completionHandler);
     static int64_t progress(int64_t percentage, int64_t reserved, void *engine);
+    static void stepEnded(const HdrContext *context, int32_t step, void *engine);
 
     HdrStatus lastStatus = HDR_ERR_PARAM;
     HdrRunInfo lastRunInfo{};

@@ -20,13 +20,8 @@ std::optional<FileError> checkTarget(const std::string &path);
 
 /**
  * Writes a picture as PNG (24 bit) or JPEG (quality 92, full colour resolution), as the name asks, tagged as
- * sRGB. It is written to a new file in the same folder, brought to the disk and then renamed, so that the
- * target is always whole: either the picture or what it was before. Through a symbolic link the file it
- * points at is created or replaced. Returns why it could not be written, or nothing on success.
+ * sRGB, in the manner of replaceFile. Returns why it could not be written, or nothing on success.
  */
 std::optional<FileError> writePicture(const std::string &path, const BgrView &picture);
-
-/// Removes the new file of a writePicture that is underway. For handlers of signals that end the program.
-void removeUnfinishedPicture() noexcept;
 
 } // namespace tristop

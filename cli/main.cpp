@@ -11,6 +11,8 @@
 #include "cli/merge_report.h"
 #include "cli/options.h"
 #include "cli/progress_bar.h"
+#include "cli/report/merge_inspection.h"
+#include "cli/report/report_folder.h"
 #include "cli/signals.h"
 #include "cli/texts.h"
 
@@ -57,8 +59,17 @@ ExitStatus readPhotographs(const Options &options, IHDREngineController &control
     return kSuccess;
 }
 
-ExitStatus merge(const Options &options, IHDREngineController &controller, MergeReport &report) {
+ExitStatus merge(const Options &options, IHDREngineController &controller, MergeReport &report,
+                 MergeInspection &inspection) {
     const Stopwatch stopwatch;
+    const bool inspects = !options.reportFolder.empty();
+    if (inspects || options.json)
+        controller.meEngine()->stepObserver = [&report, &inspection, inspects](const HdrContext &context,
+                                                                               int32_t step) {
+            report.findings.observe(context, step);
+            if (inspects)
+                inspection.observe(context, step);
+        };
     controller.run(options.toneLength, options.brightness, options.toneSaturation, options.ghostLevel,
                    nullptr);
     report.mergeMilliseconds = stopwatch.milliseconds();
@@ -95,16 +106,21 @@ ExitStatus run(const Options &options, MergeReport &report) {
     if (report.error)
         return kCannotWrite;
     Picture picture;
+    MergeInspection inspection;
     {
         TerminalMerge controller(!options.quiet);
         if (const ExitStatus status = readPhotographs(options, controller, report); status != kSuccess)
             return status;
-        if (const ExitStatus status = merge(options, controller, report); status != kSuccess)
+        if (const ExitStatus status = merge(options, controller, report, inspection); status != kSuccess)
             return status;
         if (const ExitStatus status = applyEffect(options, controller, picture, report); status != kSuccess)
             return status;
     }
-    return write(options, picture, report);
+    if (const ExitStatus status = write(options, picture, report); status != kSuccess)
+        return status;
+    if (!options.reportFolder.empty())
+        report.error = writeReportFolder(options, report, inspection);
+    return report.error ? kCannotWrite : kSuccess;
 }
 
 /// Runs the command; whatever is thrown ends it as a failed merge.

@@ -34,6 +34,24 @@ std::string_view fallbackName(HdrFallback fallback) {
     return "none";
 }
 
+Json rectangleAsJson(int32_t x0, int32_t y0, int32_t x1, int32_t y1) {
+    return {{"x0", x0}, {"y0", y0}, {"x1", x1}, {"y1", y1}};
+}
+
+Json alignmentAsJson(const AlignmentFindings &found) {
+    const auto range = [](const std::array<int32_t, 2> &ends) -> Json {
+        return {{"min", ends[0]}, {"max", ends[1]}};
+    };
+    const hdr::Rect &valid = found.validRect;
+    return {{"shift", {{"x", found.shift[0]}, {"y", found.shift[1]}}},
+            {"warpX", range(found.warpX)},
+            {"warpY", range(found.warpY)},
+            {"matches", found.matches},
+            {"followingMatches", found.following},
+            {"movedCells", found.movedCells},
+            {"valid", rectangleAsJson(valid.x0, valid.y0, valid.x1, valid.y1)}};
+}
+
 Json photographsAsJson(const Options &options, const MergeReport &report) {
     const bool merged = report.engineStatus == HDR_OK;
     const HdrRunInfo &info = report.runInfo;
@@ -45,10 +63,31 @@ Json photographsAsJson(const Options &options, const MergeReport &report) {
             photograph["exposureEstimate"] = info.exposureEstimate[i];
             photograph["shift"] = {{"x", info.shiftX[i]}, {"y", info.shiftY[i]}};
             photograph["excluded"] = info.excluded[i] != 0;
+            if (report.findings.alignment && i != info.midIndex)
+                photograph["alignment"] =
+                    alignmentAsJson(report.findings.alignment->inputs[static_cast<size_t>(i)]);
         }
         list.push_back(std::move(photograph));
     }
     return list;
+}
+
+Json alignmentAsJson(const AlignmentReport &alignment) {
+    return {{"reducedSize", {{"width", alignment.reducedWidth}, {"height", alignment.reducedHeight}}},
+            {"warpNodes", {{"columns", alignment.warpColumns}, {"rows", alignment.warpRows}}},
+            {"features", alignment.features},
+            {"trustedMatches", alignment.trustedMatches}};
+}
+
+Json ghostsAsJson(const GhostReport &ghosts) {
+    Json masks = Json::object();
+    for (size_t i = 0; i < ghosts.maskCells.size(); ++i)
+        masks[std::string(1, "ABCD"[i])] = ghosts.percent(ghosts.maskCells[i]);
+    return {{"markedPercent", ghosts.percent(ghosts.markedCells)},
+            {"maskPercent", std::move(masks)},
+            {"mode", ghosts.mode},
+            {"chromaMode", ghosts.chromaMode},
+            {"grid", {{"columns", ghosts.columns}, {"rows", ghosts.rows}}}};
 }
 
 Json millisecondsAsJson(const MergeReport &report) {
@@ -90,10 +129,13 @@ std::string reportAsJson(const Options &options, const MergeReport &report) {
             const HdrRunInfo &info = report.runInfo;
             json["fallback"] = {{"code", fallbackName(info.fallback)},
                                 {"reason", fallbackInWords(info.fallback)}};
-            json["crop"] = {
-                {"x0", info.crop[0]}, {"y0", info.crop[1]}, {"x1", info.crop[2]}, {"y1", info.crop[3]}};
+            json["crop"] = rectangleAsJson(info.crop[0], info.crop[1], info.crop[2], info.crop[3]);
         }
     }
+    if (report.findings.alignment)
+        json["alignment"] = alignmentAsJson(*report.findings.alignment);
+    if (report.findings.ghosts)
+        json["ghosts"] = ghostsAsJson(*report.findings.ghosts);
     json["milliseconds"] = millisecondsAsJson(report);
     // File names need not be UTF-8.
     return json.dump(2, ' ', false, Json::error_handler_t::replace);

@@ -8,6 +8,7 @@
 
 #include "app/file_error.h"
 #include "cli/options.h"
+#include "cli/report/merge_findings.h"
 #include "engine/hdr_engine.h"
 
 namespace tristop {
@@ -30,7 +31,8 @@ struct MergeReport {
     int32_t width = 0;              ///< of the photographs and of the result, in pixels
     int32_t height = 0;
     std::optional<HdrStatus> engineStatus;
-    HdrRunInfo runInfo{}; ///< of a run that ended with HDR_OK
+    HdrRunInfo runInfo{};   ///< of a run that ended with HDR_OK
+    MergeFindings findings; ///< when they were asked for
     std::optional<double> decodeMilliseconds;
     std::optional<double> mergeMilliseconds; ///< the engine run with its conversions
     std::optional<double> effectMilliseconds;

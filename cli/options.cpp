@@ -114,10 +114,14 @@ std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
     addNumber(app, "--contrast", options.contrast, -100, 100, "Contrast of the result");
     addNumber(app, "--saturation", options.saturation, -100, 100, "Colour saturation of the result");
     addStyle(app, options.style);
+    app.add_option("--report", options.reportFolder,
+                   "Show in this folder how the merge came about: pictures, numbers, index.html")
+        ->type_name("folder name")
+        ->option_text("DIR");
     app.add_flag("--json", options.json, "Describe the merge on standard output");
     app.add_flag("--quiet", options.quiet, "No progress bar and no warnings");
     app.footer("Exit status: 0 success, 2 bad usage, 3 a photograph cannot be used, 4 the merge failed,\n"
-               "5 the picture cannot be written.");
+               "5 the picture or its report cannot be written.");
 
     // What else is wrong with a command line may follow from a misspelt option, which is named first.
     app.allow_extras();

@@ -18,7 +18,8 @@ struct Options {
     int32_t ghostLevel = 6;
     int32_t contrast = 0;
     int32_t saturation = 0;
-    int32_t style = 0; ///< LomoSettings::kStyle…
+    int32_t style = 0;        ///< LomoSettings::kStyle…
+    std::string reportFolder; ///< empty for no report
     bool json = false;
     bool quiet = false;
 };

@@ -3,13 +3,13 @@
 
 #include <csignal>
 
-#include "app/picture_writer.h"
+#include "app/file_writer.h"
 
 namespace tristop {
 namespace {
 
 void cleanUpAndEnd(int signal) {
-    removeUnfinishedPicture();
+    removeUnfinishedFile();
     std::raise(signal); // with its usual effect, as soon as this handler has returned
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/texts.h"
 
+#include "engine/analysis/ghost_detection.h"
+
 namespace tristop {
 
 std::string statusInWords(HdrStatus status) {
@@ -44,6 +46,43 @@ std::string fallbackInWords(HdrFallback fallback) {
         return "only one picture was given";
     }
     return "the reason is unknown";
+}
+
+std::string motionInWords(int32_t motion) {
+    switch (motion) {
+    case 1:
+        return "at most a shift";
+    case 2:
+        return "similarity: shifted, turned and scaled";
+    default:
+        return "homography: with perspective";
+    }
+}
+
+std::string ghostModeInWords(int32_t mode) {
+    switch (mode) {
+    case hdr::kGhostsNone:
+        return "nothing is replaced";
+    case hdr::kGhostsReplaced:
+        return "the cells of mask A are replaced";
+    case hdr::kGhostsWithoutDark:
+        return "the cells of mask C are replaced, the dark exposure is left out";
+    default:
+        return "unknown";
+    }
+}
+
+std::string chromaModeInWords(int32_t mode) {
+    switch (mode) {
+    case hdr::kChromaAll:
+        return "colour from all exposures";
+    case hdr::kChromaWithoutDark:
+        return "no colour from the dark exposure";
+    case hdr::kChromaWithoutBright:
+        return "no colour from the bright exposure";
+    default:
+        return "unknown";
+    }
 }
 
 } // namespace tristop

@@ -44,6 +44,10 @@ HdrStatus hdrSetGhostSuppressionLevel(MemContext *, HdrContext *, int32_t level)
     return HDR_OK;
 }
 
+HdrStatus hdrSetStepObserver(HdrContext *, HdrStepObserver, void *) {
+    return HDR_OK;
+}
+
 HdrStatus hdrProcess(MemContext *, HdrContext *, Offscreen *inputs, int32_t imageCount, Offscreen *outputs,
                      int32_t outputIndex, const HdrParams *parameters, void *, ProgressCallback callback,
                      void *userData) {

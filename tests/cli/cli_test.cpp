@@ -86,8 +86,9 @@ protected:
 TEST_F(CliTest, tellsAboutItself) {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char *option : {"--output", "--tone-length", "--brightness", "--tone-saturation", "--ghost",
-                               "--contrast", "--saturation", "--style", "--json", "--quiet", "--version"})
+    for (const char *option :
+         {"--output", "--tone-length", "--brightness", "--tone-saturation", "--ghost", "--contrast",
+          "--saturation", "--style", "--report", "--json", "--quiet", "--version"})
         EXPECT_NE(help.out.find(option), std::string::npos) << option;
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.status, 0);
@@ -253,6 +254,58 @@ TEST_F(CliTest, mergesThreePhotographsInAnyOrderToTheSamePicture) {
             first = bytes;
         EXPECT_EQ(bytes, first);
     } while (std::ranges::next_permutation(order).found);
+}
+
+TEST_F(CliTest, reportsHowAMergeCameAbout) {
+    const std::string plain = path("plain.png"), out = path("out.png"), report = path("new/report");
+    const auto merge = [&](const std::string &target, const std::vector<std::string> &more) {
+        std::vector<std::string> arguments = {names[0], names[1], names[2], "-o", target};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run(arguments);
+    };
+    ASSERT_EQ(merge(plain, {}).status, 0);
+    const Outcome outcome = merge(out, {"--report", report, "--json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(readFile(out), readFile(plain)) << "the report changes nothing";
+    const auto page = readFile(report + "/index.html");
+    const std::string html(page.begin(), page.end());
+    int pictures = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(report)) {
+        const std::string name = entry.path().filename().string();
+        if (entry.path().extension() != ".png") {
+            EXPECT_TRUE(name == "index.html" || name == "report.txt" || name == "report.json") << name;
+            continue;
+        }
+        ++pictures;
+        EXPECT_NE(html.find("src=\"" + name + "\""), std::string::npos) << name;
+        const TestPicture picture = readPng(entry.path().string());
+        if (name.find("detail") == std::string::npos) {
+            EXPECT_EQ(picture.width, 20 * 8) << name << ": an eighth, eight times";
+            EXPECT_EQ(picture.height, 14 * 8) << name;
+        }
+    }
+    EXPECT_EQ(pictures, 39);
+    const auto text = readFile(report + "/report.txt");
+    EXPECT_NE(std::string(text.begin(), text.end()).find("161 x 120"), std::string::npos);
+    const auto told = nlohmann::json::parse(outcome.out),
+               kept = nlohmann::json::parse(readFile(report + "/report.json"));
+    for (const char *part : {"photographs", "fallback", "alignment", "ghosts"})
+        EXPECT_EQ(told.at(part), kept.at(part));
+    EXPECT_GE(kept["ghosts"]["markedPercent"], kept["ghosts"]["maskPercent"]["A"]);
+    EXPECT_TRUE(kept["photographs"][0]["alignment"].contains("followingMatches"));
+    EXPECT_EQ(merge(out, {"--report", report}).status, 0) << "into a folder that has one";
+
+    const auto refused = [&](const std::string &folder, const std::string &message) {
+        std::filesystem::remove(out);
+        const Outcome lost = merge(out, {"--report", folder});
+        EXPECT_EQ(lost.status, 5);
+        EXPECT_EQ(lost.err, "tristop-cli: " + message + "\n");
+        EXPECT_EQ(readFile(out), readFile(plain)) << "the picture is written nevertheless";
+    };
+    refused(plain, plain + ": cannot be written: Not a directory");
+    std::filesystem::remove(report + "/ghosts.png");
+    std::filesystem::create_directory(report + "/ghosts.png");
+    refused(report, report + "/ghosts.png: cannot be written: it is a folder");
 }
 
 TEST_F(CliTest, appliesTheColourEffect) {

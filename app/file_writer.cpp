@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/file_writer.h"
+
+#include <atomic>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tristop {
+namespace {
+
+/// Name of the latest temporary file, for signal handlers; null when it is gone.
+std::atomic<const char *> unfinishedFile = nullptr;
+static_assert(std::atomic<const char *>::is_always_lock_free);
+
+/**
+ * A new file beside a target. It is removed again unless it has been renamed to the target.
+ */
+class TemporaryFile {
+public:
+    /// In the folder of `target`; on failure file() is null and errno says why.
+    explicit TemporaryFile(const std::filesystem::path &target) {
+        constexpr int kAttempts = 1000;
+        int descriptor = -1;
+        for (int i = 0; i < kAttempts && descriptor < 0; ++i) {
+            path = target.parent_path() /
+                   (".tristop-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".tmp");
+            descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            if (descriptor < 0 && errno != EEXIST)
+                return;
+        }
+        if (descriptor < 0)
+            return;
+        created = true;
+        unfinishedFile = path.c_str();
+        struct stat existing {};
+        if (::stat(target.c_str(), &existing) == 0)
+            ::fchmod(descriptor, existing.st_mode & 0777);
+        stream = ::fdopen(descriptor, "wb");
+        if (stream == nullptr)
+            ::close(descriptor);
+    }
+    ~TemporaryFile() {
+        if (stream != nullptr)
+            std::fclose(stream);
+        if (created) {
+            ::unlink(path.c_str());
+            unfinishedFile = nullptr;
+        }
+    }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    std::FILE *file() const { return stream; }
+
+    /// Brings the file to the disk and renames it to `target`; on failure errno says why.
+    bool moveTo(const std::filesystem::path &target) {
+        if (std::fflush(stream) != 0 || ::fsync(::fileno(stream)) != 0)
+            return false;
+        if (std::fclose(std::exchange(stream, nullptr)) != 0)
+            return false;
+        if (std::rename(path.c_str(), target.c_str()) != 0)
+            return false;
+        created = false;
+        unfinishedFile = nullptr;
+        // The new name survives a power cut once the folder is on the disk, too.
+        const int folder = ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (folder >= 0) {
+            ::fsync(folder);
+            ::close(folder);
+        }
+        return true;
+    }
+
+private:
+    std::filesystem::path path;
+    std::FILE *stream = nullptr;
+    bool created = false;
+};
+
+/// The file that a write through `path` creates or replaces: symbolic links followed, also to a file that
+/// does not exist yet. Its folder is named.
+std::filesystem::path resolveTarget(const std::string &path) {
+    std::error_code error;
+    std::filesystem::path target = std::filesystem::absolute(path, error);
+    while (std::filesystem::is_symlink(std::filesystem::symlink_status(target, error)))
+        target = target.parent_path() / std::filesystem::read_symlink(target, error);
+    return target;
+}
+
+} // namespace
+
+FileError cannotWrite(const std::string &path, const std::string &why) {
+    return {path, "cannot be written: " + why};
+}
+
+std::string errnoMessage(int error) {
+    return std::generic_category().message(error);
+}
+
+std::optional<FileError> checkFileTarget(const std::string &path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (!std::filesystem::status_known(status))
+        return cannotWrite(path, error.message());
+    if (std::filesystem::is_directory(status))
+        return cannotWrite(path, "it is a folder");
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        return cannotWrite(path, "it is not an ordinary file");
+    const std::filesystem::path target = resolveTarget(path);
+    if (std::filesystem::exists(status) && ::access(target.c_str(), W_OK) != 0)
+        return cannotWrite(path, errnoMessage(errno));
+    const std::filesystem::path folder = target.parent_path();
+    if (!std::filesystem::is_directory(folder, error))
+        return cannotWrite(path, "there is no folder " + folder.string());
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        return cannotWrite(path, errnoMessage(errno));
+    return std::nullopt;
+}
+
+std::optional<FileError> replaceFile(const std::string &path, const FileContent &content) {
+    if (auto problem = checkFileTarget(path))
+        return problem;
+    const std::filesystem::path target = resolveTarget(path);
+    TemporaryFile temporary(target);
+    if (temporary.file() == nullptr)
+        return cannotWrite(path, errnoMessage(errno));
+    if (const auto problem = content(temporary.file()))
+        return cannotWrite(path, *problem);
+    if (!temporary.moveTo(target))
+        return cannotWrite(path, errnoMessage(errno));
+    return std::nullopt;
+}
+
+std::optional<FileError> replaceFile(const std::string &path, const std::string &text) {
+    return replaceFile(path, [&text](std::FILE *file) -> std::optional<std::string> {
+        if (std::fwrite(text.data(), 1, text.size(), file) == text.size())
+            return std::nullopt;
+        return errnoMessage(errno);
+    });
+}
+
+void removeUnfinishedFile() noexcept {
+    if (const char *path = unfinishedFile)
+        ::unlink(path);
+}
+
+} // namespace tristop
