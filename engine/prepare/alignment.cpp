@@ -82,7 +82,7 @@ HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, c
         return status;
     offscreenCopyAll(context->alignment.scratchImage, &working);
     registerScratch(context, index, tones.data());
-    replaceUnmeasurable(reference, working, *preparation.registeredImages[index]);
+    replaceUnmeasurable(reference, working, tones.data(), *preparation.registeredImages[index]);
 
     uint8_t *&moved = context->alignment.movedCells[index];
     moved = allocateZeroed<uint8_t>(memory, preparation.gridPlaneSize());

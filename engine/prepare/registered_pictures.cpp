@@ -2,13 +2,14 @@
 #include "engine/prepare/registered_pictures.h"
 
 #include "engine/core/plane.h"
+#include "engine/core/worker.h"
 #include "engine/prepare/features.h"
 #include "engine/prepare/preparation.h"
 #include "engine/prepare/reduction.h"
-#include "engine/prepare/warp_grids.h"
+#include "engine/prepare/warp_field.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 
 namespace hdr {
 
@@ -20,13 +21,11 @@ constexpr int kUnit = 256;
 /// Working luminance from which on an exposure loses information to clipping, and at which it has none left;
 /// likewise downward, to crushing. Studio-range luminance ends at 235 and 16, and a reduced pixel averages
 /// nine samples, of which a few may be beyond the end.
-constexpr int kClippingBegins = 208, kFullyClipped = 226;
+constexpr int kClippingBegins = 192, kFullyClipped = 226;
 constexpr int kCrushingBegins = 20, kFullyCrushed = 17;
 /// Levels by which two exposures may contradict each other through errors of the tone correspondence, and by
-/// which they surely show different things; and the same where an exposure is clipped, as the correspondence
-/// cannot tell from which level of the reference on it is.
+/// which they surely show different things.
 constexpr int kTolerated = 32, kContradicts = 64;
-constexpr int kToleratedClipped = 64, kContradictsClipped = 112;
 
 /// 0 up to `from`, kUnit from `to` on, linear between them.
 constexpr int ramp(int value, int from, int to) {
@@ -46,12 +45,37 @@ int crushing(int level) {
     return ramp(-level, -kCrushingBegins, -kFullyCrushed);
 }
 
-/// The block that an input shows where the reference has reduced pixel (x, y), wherever that is.
-BlockCorner alignedBlock(const Alignment &alignment, int input, int x, int y) {
-    const Vector centre = fullPosition({static_cast<double>(x), static_cast<double>(y)});
-    const Vector displacement = warpDisplacement(alignment, input, centre);
-    const auto nearest = [](double value) { return static_cast<int32_t>(std::floor(value + 0.5)); };
-    return {x * kReduction - nearest(displacement.x), y * kReduction - nearest(displacement.y)};
+/// The blocks that an input shows where the reference has the reduced pixels of row y, wherever that is:
+/// their displacement is interpolated in whole numbers and rounded to the nearest pixel.
+void alignedBlocks(const Alignment &alignment, int input, int y, int width, BlockCorner *corners) {
+    constexpr int kOne = kWarpSpacing; // in units of the weight of a node; its square in those of a cell
+    constexpr int kHalf = kOne * kOne / 2, kShift = 16;
+    const auto placeOf = [](int reduced) {
+        return kReduction * reduced + kReducedCentre - warpNodePosition(0);
+    };
+    const int down = placeOf(y) % kWarpSpacing;
+    const int firstNode = placeOf(y) / kWarpSpacing * alignment.warpWidth;
+    const int32_t *shift = alignment.globalShift[input];
+    for (int x = 0; x < width;) {
+        // Within a cell the displacement runs linearly from its left side to its right side.
+        const int column = placeOf(x) / kWarpSpacing;
+        const auto along = [&](const int32_t *grid, int32_t global) {
+            const int32_t *upper = grid + firstNode + column, *lower = upper + alignment.warpWidth;
+            const auto side = [&](int k) {
+                return kOne * int64_t{global} + int64_t{kOne - down} * upper[k] + int64_t{down} * lower[k];
+            };
+            return std::array{side(0), side(1) - side(0)};
+        };
+        const auto [startX, slopeX] = along(alignment.warpX[input], shift[0]);
+        const auto [startY, slopeY] = along(alignment.warpY[input], shift[1]);
+        for (; x < width && placeOf(x) < kWarpSpacing * (column + 1); x++) {
+            const int right = placeOf(x) % kWarpSpacing;
+            const auto nearest = [right](int64_t start, int64_t slope) {
+                return static_cast<int32_t>((kOne * start + right * slope + kHalf) >> kShift);
+            };
+            corners[x] = {kReduction * x - nearest(startX, slopeX), kReduction * y - nearest(startY, slopeY)};
+        }
+    }
 }
 
 } // namespace
@@ -60,43 +84,53 @@ HdrStatus reduceAligned(MemContext *memory, const Alignment &alignment, int inpu
                         Offscreen &reduced, Rect &valid) {
     const int width = reduced.i32Width, height = reduced.i32Height;
     const int lastX = source.i32Width - kReduction, lastY = source.i32Height - kReduction;
-    Buffer<BlockCorner> corners(memory, static_cast<size_t>(width) * static_cast<size_t>(height));
+    Buffer<BlockCorner> corners(memory, 4 * static_cast<size_t>(width));
     if (!corners)
         return HDR_ERR_NOMEM;
-    valid = {0, 0, width, height};
-    for (int y = 0; y < height; y++) {
-        for (int x = 0; x < width; x++) {
-            BlockCorner &corner =
-                corners[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
-            corner = alignedBlock(alignment, input, x, y);
-            if (corner.x < 0)
-                valid.x0 = std::max(valid.x0, x + 1);
-            if (corner.x > lastX)
-                valid.x1 = std::min(valid.x1, x);
-            if (corner.y < 0)
-                valid.y0 = std::max(valid.y0, y + 1);
-            if (corner.y > lastY)
-                valid.y1 = std::min(valid.y1, y);
-            corner = {std::clamp(corner.x, 0, lastX), std::clamp(corner.y, 0, lastY)};
+    std::array<Rect, 4> validParts;
+    runOnFourParts(0, height, [&](const RangePart &rows) {
+        Rect inside = {0, 0, width, height};
+        BlockCorner *row = corners.data() + static_cast<ptrdiff_t>(rows.part) * width;
+        for (int y = rows.first; y < rows.end; y++) {
+            alignedBlocks(alignment, input, y, width, row);
+            for (int x = 0; x < width; x++) {
+                if (row[x].x < 0)
+                    inside.x0 = std::max(inside.x0, x + 1);
+                if (row[x].x > lastX)
+                    inside.x1 = std::min(inside.x1, x);
+                if (row[x].y < 0)
+                    inside.y0 = std::max(inside.y0, y + 1);
+                if (row[x].y > lastY)
+                    inside.y1 = std::min(inside.y1, y);
+                row[x] = {std::clamp(row[x].x, 0, lastX), std::clamp(row[x].y, 0, lastY)};
+            }
+            reduceBlocks(&source, &reduced, y, row);
         }
-    }
+        validParts[static_cast<size_t>(rows.part)] = inside;
+    });
+    valid = {0, 0, width, height};
+    for (const Rect &inside : validParts)
+        valid = {std::max(valid.x0, inside.x0), std::max(valid.y0, inside.y0), std::min(valid.x1, inside.x1),
+                 std::min(valid.y1, inside.y1)};
     valid.x1 = std::max(valid.x1, valid.x0);
     valid.y1 = std::max(valid.y1, valid.y0);
-    reduceBlocks(&source, &reduced, corners.data());
     return HDR_OK;
 }
 
-void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const Offscreen &registered) {
+void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const uint8_t *tones,
+                         const Offscreen &registered) {
     const Plane<const uint8_t> seen = planeOf(reference), own = planeOf(working);
     const Plane<uint8_t> matched = planeOf(registered);
     for (int y = 0; y < own.height; y++) {
         for (int x = 0; x < own.width; x++) {
             const int target = seen(x, y), match = matched(x, y);
-            // A clipped pixel bounds the scene's brightness from below, a crushed one from above.
-            const int brighter = kUnit - ramp(match - target, kTolerated, kContradicts);
-            const int darker = kUnit - ramp(target - match, kTolerated, kContradicts);
-            const int clippedBrighter = kUnit - ramp(match - target, kToleratedClipped, kContradictsClipped);
-            const int weight = std::max({clipping(own, x, y) * clippedBrighter, clipping(seen, x, y) * darker,
+            // A clipped pixel bounds the scene's brightness from below, a crushed one from above; what the
+            // tones say of levels beyond the bound means nothing.
+            const int low = tones[std::min<int>(own(x, y), kFullyClipped)];
+            const int high = tones[std::max<int>(own(x, y), kFullyCrushed)];
+            const int brighter = kUnit - ramp(low - target, kTolerated, kContradicts);
+            const int darker = kUnit - ramp(target - high, kTolerated, kContradicts);
+            const int weight = std::max({clipping(own, x, y) * brighter, clipping(seen, x, y) * darker,
                                          crushing(own(x, y)) * darker, crushing(target) * brighter});
             matched(x, y) = static_cast<uint8_t>(match + (target - match) * weight / (kUnit * kUnit));
         }

@@ -16,7 +16,9 @@ HdrStatus reduceAligned(MemContext *memory, const Alignment &alignment, int inpu
 /// Gives the registered luminance of an exposure the reference's where one of the two says nothing about the
 /// scene but that it is at least as bright as what it shows (because it is clipped) or at most (crushed), and
 /// the other is in keeping with that. The change is soft, over a few levels. What contradicts the reference
-/// stays as it is. `working` is the exposure's own aligned picture; all are reduced pictures of one size.
-void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const Offscreen &registered);
+/// stays as it is. `working` is the exposure's own aligned picture, from which the table `tones` made the
+/// registered one; all are reduced pictures of one size.
+void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const uint8_t *tones,
+                         const Offscreen &registered);
 
 } // namespace hdr

@@ -36,7 +36,8 @@ struct Luma {
 /// tones.
 int replaced(int reference, int own, int match) {
     Luma registered(match);
-    replaceUnmeasurable(Luma(reference).record, Luma(own).record, registered.record);
+    const std::vector<uint8_t> tones(256, static_cast<uint8_t>(match));
+    replaceUnmeasurable(Luma(reference).record, Luma(own).record, tones.data(), registered.record);
     return registered.at(5, 5);
 }
 
@@ -45,9 +46,15 @@ TEST(ReplaceUnmeasurable, AClippedExposureCannotContradictABrighterReference) {
     EXPECT_EQ(replaced(210, 226, 190), 210);
     EXPECT_EQ(replaced(170, 234, 190), 170); // the tones are not that exact
     EXPECT_EQ(replaced(60, 234, 190), 190);  // something dark stands there in the reference only
-    EXPECT_EQ(replaced(205, 200, 190), 190); // not clipped
+    EXPECT_EQ(replaced(191, 190, 180), 180); // not clipped
     // Softly: half way up the ramp, half of the difference.
-    EXPECT_EQ(replaced(200, 217, 180), 190);
+    EXPECT_EQ(replaced(200, 209, 180), 190);
+    // What the tones say beyond the level of clipping means nothing.
+    std::vector<uint8_t> tones(256, 100);
+    std::fill(tones.begin() + 227, tones.end(), uint8_t{190});
+    Luma registered(190);
+    replaceUnmeasurable(Luma(105).record, Luma(234).record, tones.data(), registered.record);
+    EXPECT_EQ(registered.at(5, 5), 105);
 }
 
 TEST(ReplaceUnmeasurable, ACrushedExposureCannotContradictADarkerReference) {
@@ -67,7 +74,9 @@ TEST(ReplaceUnmeasurable, PixelsBesideClippedOnesAreClippedInPart) {
     Luma own(sky), registered([](int x, int) { return x < 20 ? 220 : 100; });
     // The reference sees the sky reach into column 20.
     Luma reference([](int x, int) { return x < 20 ? 220 : x == 20 ? 170 : 100; });
-    replaceUnmeasurable(reference.record, own.record, registered.record);
+    std::vector<uint8_t> tones(256, 100);
+    std::fill(tones.begin() + 200, tones.end(), uint8_t{220});
+    replaceUnmeasurable(reference.record, own.record, tones.data(), registered.record);
     EXPECT_EQ(registered.at(19, 9), 220);
     EXPECT_EQ(registered.at(20, 9), 170);
     EXPECT_EQ(registered.at(21, 9), 100);
