@@ -220,6 +220,21 @@ Picture<float> radiance(const SceneSettings &settings, int shot, int threads) {
     return picture;
 }
 
+Picture<std::uint8_t> develop(const Picture<float> &radiance, const SceneSettings &settings, int shot,
+                              int threads) {
+    validate(settings, shot);
+    const Sensor sensor(settings.seed, shot, settings.sensorNoise);
+    const auto exposure = static_cast<float>(std::exp2(settings.stops[static_cast<std::size_t>(shot)]));
+    Picture<std::uint8_t> picture = {settings.width, settings.height, samplesFor<std::uint8_t>(settings, 3)};
+    parallelFor(settings.height, threads, [&](int y) {
+        for (int x = 0; x < settings.width; ++x) {
+            const float *light = radiance.pixel(x, y);
+            sensor.develop(Color{light[0], light[1], light[2]} * exposure, x, y, picture.pixel(x, y));
+        }
+    });
+    return picture;
+}
+
 DisplacementField trueDisplacement(const SceneSettings &settings, int shot, int reference) {
     validate(settings, shot);
     validate(settings, reference);

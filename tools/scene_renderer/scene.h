@@ -108,6 +108,11 @@ Picture<std::uint8_t> render(const SceneSettings &settings, int shot, int thread
 /// The linear radiance that one shot's pixels receive, before exposure, noise and clipping.
 Picture<float> radiance(const SceneSettings &settings, int shot, int threads = 0);
 
+/// The photograph that the camera makes of the radiance of one shot: of radiance(settings, shot), what
+/// render(settings, shot) returns.
+Picture<std::uint8_t> develop(const Picture<float> &radiance, const SceneSettings &settings, int shot,
+                              int threads = 0);
+
 /// True displacement of the static scene between two shots, exact at every position, inside the picture and
 /// out.
 DisplacementField trueDisplacement(const SceneSettings &settings, int shot, int reference);
