@@ -67,7 +67,7 @@ HdrStatus alignWorkingPicture(MemContext *memory, HdrContext *context, int index
 }
 
 /// Share of the cells, in percent, in which things may move, and by how much each level lowers it.
-constexpr int kMostMoved = 65, kLessMoved = 3;
+constexpr int kMostMoved = 90, kLessMoved = 4;
 
 /// Makes the registered picture of an aligned input one that differs from the reference only where the scene
 /// does.
