@@ -147,6 +147,11 @@ ExitStatus tell(const Options &options, const MergeReport &report) {
         complain((report.error->path.empty() ? "" : report.error->path + ": ") + report.error->reason);
     else if (report.runInfo.fallback != HDR_FALLBACK_NONE && !options.quiet)
         complain("warning: the picture shows a single exposure: " + fallbackInWords(report.runInfo.fallback));
+    if (!options.quiet)
+        for (size_t i = 0; i < options.photographs.size(); ++i)
+            if (report.runInfo.excluded[i])
+                complain("warning: " + options.photographs[i] +
+                         " was left out: it does not show what the others show");
     if (!options.json || std::cout << reportAsJson(options, report) << std::endl)
         return report.exitStatus;
     complain("the description cannot be written to standard output");

@@ -130,6 +130,20 @@ TEST_F(ToneCorrection, LeavesSmallDifferencesAndUnequalPartnersAlone) {
     EXPECT_EQ(correct(ground, block, whole), identity);
 }
 
+TEST_F(ToneCorrection, KnowsWhereTheReferenceIsClippedAndNeverFalls) {
+    // Each own level on 32 pixels; the reference shows twice as much and is clipped from level 115 on. Fitted
+    // tones fall where few pixels guide them.
+    const Luma own([](int x, int) { return 60 + 3 * x; });
+    const Luma reference([](int x, int) { return std::min(2 * (60 + 3 * x), 234); });
+    for (size_t i = 0; i < 256; i++)
+        identity[i] = static_cast<uint8_t>(i < 150 ? std::min<size_t>(2 * i, 234) : 234 - (i - 150));
+    const auto tones = correct(reference, own, whole);
+    EXPECT_EQ(tones[100], 200);
+    for (size_t i = 120; i < 256; i++)
+        EXPECT_GE(tones[i], 228) << i;
+    EXPECT_TRUE(std::is_sorted(tones.begin(), tones.end()));
+}
+
 /// The reduced samples of the block that the input shows where the reference has reduced pixel (x, y), or
 /// false when some of it lies outside: the slow way, with the displacement in floating point.
 bool reducedBlock(const Alignment &alignment, const Offscreen &picture, int x, int y,
