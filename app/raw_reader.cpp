@@ -21,11 +21,10 @@ std::unique_ptr<LibRaw> makeDecoder() {
     // Without it a file that lacks a white balance would get one from its own picture.
     settings.raw_processing_options |= LIBRAW_PROCESSING_CAMERAWB_FALLBACK_TO_DAYLIGHT;
     settings.no_auto_bright = 1;
-    settings.adjust_maximum_thr = 0;
-    settings.highlight = 0;    // clip
-    settings.user_flip = 0;    // turned upright later, with all other photographs
-    settings.output_color = 1; // linear sRGB
-    settings.output_bps = 16;
+    settings.adjust_maximum_thr = 0; // white is the sensor's, not this picture's brightest reading
+    settings.highlight = 0;          // clip
+    settings.user_flip = 0;          // turned upright later, with all other photographs
+    settings.output_color = 1;       // linear sRGB
     constexpr int kPatternedPixelGrouping = 2;
     settings.user_qual = kPatternedPixelGrouping;
     return decoder;

@@ -56,10 +56,10 @@ TEST_F(RawReaderTest, givesTheColoursThatTheSensorSaw) {
 }
 
 TEST_F(RawReaderTest, keepsTheRatioOfExposures) {
-    // Light of 0.02 on the left and 0.1 on the right, in four exposures of two stops.
+    // Light of 0.02 on the left and 0.1 on the right, in four exposures; the third one nearly saturates.
     TestPicture picture(80, 40, {38, 38, 38});
     picture.fill(40, 0, 80, 40, {89, 89, 89});
-    for (const double exposure : {0.25, 1.0, 4.0, 16.0}) {
+    for (const double exposure : {0.5, 2.0, 8.0, 32.0}) {
         const CBImageSource source = photograph(picture, {}, exposure);
         for (const int x : {20, 60}) {
             const double expected = std::min(1.0, lightOf(picture.at(x, 20)[0]) * exposure);
@@ -92,11 +92,31 @@ TEST_F(RawReaderTest, readsMetadataAndTurnsOnlyOnce) {
         EXPECT_EQ(source.imageFocusLength(), 24.5);
         EXPECT_EQ(source.dpiWidth(), 300);
     }
+    entries.orientation = 6;
+    writeDng(folder.path("turned.dng"), quarters, entries);
+    CBImageSource loaded;
+    EXPECT_TRUE(loaded.initWithPhoto(folder.path("turned.dng")));
+    EXPECT_EQ(loaded.imageSize(6), (ImageSize{80, 120})) << "known before the picture is decoded";
+
     const CBImageSource bare = photograph(quarters, {.orientation = std::nullopt});
     EXPECT_EQ(bare.orientation(), 1);
     EXPECT_EQ(bare.dpiHeight(), 72);
     EXPECT_EQ(bare.imageISO(), 0);
     EXPECT_EQ(bare.imageExposure(), 0);
+}
+
+TEST_F(RawReaderTest, asksTheDecoderWhereExifLacksTheOrientation) {
+    // The magic number of RW2, whose orientation Exiv2 files under the maker's own name.
+    const std::string path = folder.path("panasonic.rw2");
+    for (uint16_t orientation = 1; orientation <= 8; ++orientation) {
+        writeDng(path, TestPicture(60, 40), {.orientation = orientation});
+        std::vector<uint8_t> bytes = readFile(path);
+        bytes[2] = 0x55;
+        writeFile(path, bytes);
+        CBImageSource source;
+        ASSERT_TRUE(source.initWithPhoto(path)) << source.failure();
+        EXPECT_EQ(source.orientation(), orientation);
+    }
 }
 
 TEST_F(RawReaderTest, isChosenByContent) {

@@ -114,14 +114,20 @@ Fraction inTenThousandths(double value) {
     return {static_cast<std::int32_t>(std::lround(value * 10000)), 10000};
 }
 
-/// From XYZ under D65 to the camera's channels: sRGB's own matrix (IEC 61966-2-1) times their sensitivities.
+/// From XYZ to what the camera reads in daylight (D65), which is not the light of its white balance: through
+/// linear sRGB (IEC 61966-2-1) and the filters.
 std::array<Fraction, 9> colorMatrix() {
     constexpr std::array<std::array<double, 3>, 3> kXyzToSrgb = {
         {{3.2406, -1.5372, -0.4986}, {-0.9689, 1.8758, 0.0415}, {0.0557, -0.2040, 1.0570}}};
+    constexpr std::array<double, 3> kDaylightNeutral = {0.7, 1, 0.5};
     std::array<Fraction, 9> matrix;
     for (std::size_t row = 0; row < 3; ++row)
-        for (std::size_t column = 0; column < 3; ++column)
-            matrix[3 * row + column] = inTenThousandths(kXyzToSrgb[row][column] * kCameraNeutral[row]);
+        for (std::size_t column = 0; column < 3; ++column) {
+            double value = 0;
+            for (std::size_t i = 0; i < 3; ++i)
+                value += kCameraFilters[row][i] * kXyzToSrgb[i][column];
+            matrix[3 * row + column] = inTenThousandths(kDaylightNeutral[row] * value);
+        }
     return matrix;
 }
 
