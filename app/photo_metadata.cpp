@@ -1,36 +1,58 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/photo_metadata.h"
 
+#include <cmath>
 #include <exception>
-#include <filesystem>
 #include <mutex>
 
 #include <exiv2/exiv2.hpp>
 
-#include "app/jpeg_reader.h"
-
 namespace tristop {
 namespace {
 
-/// Entry `index` of a numeric tag; 0 when the tag, the entry or the fraction's denominator is missing.
-float numberAt(const Exiv2::ExifData &exif, const char *tag, long index = 0) {
-    const auto entry = exif.findKey(Exiv2::ExifKey(tag));
-    if (entry == exif.end() || index >= static_cast<long>(entry->count()))
-        return 0;
-    const Exiv2::Rational number = entry->toRational(index);
-    return number.second != 0 ? static_cast<float>(static_cast<double>(number.first) / number.second) : 0.0f;
+bool isNumeric(Exiv2::TypeId type) {
+    switch (type) {
+    case Exiv2::unsignedByte:
+    case Exiv2::signedByte:
+    case Exiv2::unsignedShort:
+    case Exiv2::signedShort:
+    case Exiv2::unsignedLong:
+    case Exiv2::signedLong:
+    case Exiv2::unsignedRational:
+    case Exiv2::signedRational:
+    case Exiv2::tiffFloat:
+    case Exiv2::tiffDouble:
+        return true;
+    default:
+        return false;
+    }
 }
 
-Exiv2::ExifData readExif(const std::string &path) {
+/// Entry `index` of a numeric tag; 0 when the tag or the entry is missing or is no finite number.
+float numberAt(const Exiv2::ExifData &exif, const char *tag, long index = 0) {
+    const auto entry = exif.findKey(Exiv2::ExifKey(tag));
+    if (entry == exif.end() || index >= static_cast<long>(entry->count()) || !isNumeric(entry->typeId()))
+        return 0;
+    // Exiv2 gives 0 for a fraction without a denominator.
+    const float number = entry->toFloat(index);
+    return std::isfinite(number) ? number : 0.0f;
+}
+
+/// The same for whole numbers; 0 for one that no tag can mean.
+int64_t wholeNumberAt(const Exiv2::ExifData &exif, const char *tag, long index = 0) {
+    const float number = numberAt(exif, tag, index);
+    return std::abs(number) <= 0x1p32f ? static_cast<int64_t>(number) : 0;
+}
+
+Exiv2::ExifData readExif(std::span<const uint8_t> file) {
     // Exiv2's XMP toolkit, which reads along, keeps global state.
     static std::mutex exiv2;
     const std::lock_guard lock(exiv2);
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
     try {
-        // Exiv2 takes "-" and what looks like a URL for something else than a file's name.
-        const auto file = Exiv2::ImageFactory::open(std::filesystem::absolute(path).string());
-        file->readMetadata();
-        return file->exifData();
+        const auto image = Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
+        image->readMetadata();
+        return image->exifData();
     } catch (const std::exception &) {
         return {};
     }
@@ -61,30 +83,44 @@ ExifMetadata exifMetadata(const Exiv2::ExifData &exif) {
     constexpr const char *kIso = "Exif.Photo.ISOSpeedRatings";
     if (const auto iso = exif.findKey(Exiv2::ExifKey(kIso)); iso != exif.end())
         for (long i = 0; i < static_cast<long>(iso->count()); ++i)
-            result.isoSpeedRatings.push_back(static_cast<int64_t>(numberAt(exif, kIso, i)));
+            result.isoSpeedRatings.push_back(wholeNumberAt(exif, kIso, i));
     const auto index = exif.findKey(Exiv2::ExifKey("Exif.Iop.InteroperabilityIndex"));
     if (index != exif.end())
         result.interoperabilityIndex = index->toString();
     return result;
 }
 
+/// What the RAW decoder knows instead of EXIF data, if it knows anything.
+std::optional<ExifMetadata> exifOfDecoder(const PictureHeader &header) {
+    ExifMetadata result;
+    if (header.isoSpeed > 0 && header.isoSpeed <= 0x1p32f)
+        result.isoSpeedRatings.push_back(static_cast<int64_t>(header.isoSpeed));
+    if (std::isfinite(header.focalLength))
+        result.focalLength = header.focalLength;
+    if (result.isoSpeedRatings.empty() && result.focalLength == 0)
+        return std::nullopt;
+    return result;
+}
+
 } // namespace
 
-std::optional<std::string> readImageMetadata(const std::string &path, ImageMetadata &metadata) {
-    JpegHeader header;
-    if (auto problem = readJpegHeader(path, header))
-        return problem;
+ImageMetadata imageMetadata(std::span<const uint8_t> file, const PictureHeader &header) {
     ImageMetadata result;
     result.pixelWidth = static_cast<float>(header.width);
     result.pixelHeight = static_cast<float>(header.height);
+    result.orientation = header.orientation;
     setResolution(result, header.xDensity, header.yDensity);
-    if (const Exiv2::ExifData exif = readExif(path); !exif.empty()) {
-        setExifResolution(result, exif);
-        result.orientation = static_cast<int64_t>(numberAt(exif, "Exif.Image.Orientation"));
-        result.exif = exifMetadata(exif);
+    const Exiv2::ExifData exif = readExif(file);
+    if (exif.empty()) {
+        result.exif = exifOfDecoder(header);
+        return result;
     }
-    metadata = std::move(result);
-    return std::nullopt;
+    setExifResolution(result, exif);
+    constexpr const char *kOrientation = "Exif.Image.Orientation";
+    if (exif.findKey(Exiv2::ExifKey(kOrientation)) != exif.end())
+        result.orientation = wholeNumberAt(exif, kOrientation);
+    result.exif = exifMetadata(exif);
+    return result;
 }
 
 } // namespace tristop

@@ -100,7 +100,8 @@ std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
     app.get_formatter()->column_width(36);
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 
-    app.add_option("photographs", photographs, "Three JPEG files of one size, in any order")
+    app.add_option("photographs", photographs,
+                   "Three photographs of one size (camera RAW, JPEG or TIFF), in any order")
         ->option_text("DARK MIDDLE BRIGHT");
     app.add_option("-o,--output", options.output, "The picture to write: PNG or JPEG by its name")
         ->type_name("file name")

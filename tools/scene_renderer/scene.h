@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "tools/scene_renderer/mosaic.h"
 #include "tools/scene_renderer/motion.h"
 
 /// Renders exposure brackets of a made-up scene, a sunlit view through the window of a dim room, together
@@ -112,6 +113,9 @@ Picture<float> radiance(const SceneSettings &settings, int shot, int threads = 0
 /// render(settings, shot) returns.
 Picture<std::uint8_t> develop(const Picture<float> &radiance, const SceneSettings &settings, int shot,
                               int threads = 0);
+
+/// The same photograph as the sensor reads it, before any development: a raw picture behind a Bayer filter.
+Mosaic renderMosaic(const SceneSettings &settings, int shot, int threads = 0);
 
 /// True displacement of the static scene between two shots, exact at every position, inside the picture and
 /// out.
