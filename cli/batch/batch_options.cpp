@@ -121,7 +121,7 @@ std::optional<std::string> mistakeIn(const CLI::App &app, const BatchOptions &op
 std::variant<BatchOptions, ExitStatus> parseBatchOptions(int argc, char **argv) {
     BatchOptions options;
     options.memory = usualMemoryLimit();
-    options.jobs = std::clamp(static_cast<int32_t>(std::thread::hardware_concurrency() / 2), 1, 8);
+    options.jobs = std::clamp(static_cast<int32_t>(std::thread::hardware_concurrency() / 2), 2, 8);
     CLI::App app("Finds the brackets of three in folders of photographs and merges each into one picture.",
                  "tristop-cli batch");
     prepareCommandLine(app, "tristop-cli batch FOLDER... -o DIR [OPTIONS]\n"
