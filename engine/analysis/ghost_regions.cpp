@@ -174,7 +174,7 @@ public:
             darkOnly += grid.darkMoved[cell] && !grid.brightMoved[cell];
             brightOnly += !grid.darkMoved[cell] && grid.brightMoved[cell];
             both += grid.darkMoved[cell] && grid.brightMoved[cell];
-            if (!hasStatistics(cell))
+            if (grid.nearestSampled(cell) != cell)
                 continue;
             cells++;
             mid += grid.midWeights[cell];
@@ -198,10 +198,6 @@ private:
         if (itAlone + both == 0)
             return true;
         return kLeastShareOfPlace * itAlone >= both && itAlone > 0 && both + otherAlone > 0;
-    }
-    bool hasStatistics(int32_t cell) const {
-        const int x = cell % grid.width, y = cell / grid.width;
-        return x >= 1 && x <= grid.lastSampledColumn && y >= 1 && y < grid.height - 1;
     }
 
     /// A few cells in which one exposure alone differs may be the rim of something in the reference.
@@ -245,8 +241,14 @@ bool replaceMoved(HdrContext *context, const GhostGrid &grid, const KnownMotion 
     search.start(motion.either.data);
     while (search.next()) {
         anyRegion = true;
-        const Source source = judge.sourceOf(search.cells());
+        const Source ofRegion = judge.sourceOf(search.cells());
         for (const int32_t cell : search.cells()) {
+            // Where the dark exposure agrees with the reference, it may give the highlights of the same
+            // thing.
+            const int32_t sampled = grid.nearestSampled(cell);
+            const bool highlight = ofRegion == Source::reference && !motion.dark.data[cell] &&
+                                   grid.darkWeights[sampled] > grid.midWeights[sampled];
+            const Source source = highlight ? Source::dark : ofRegion;
             masks.ghostMaskC[cell] |= motion.bright.data[cell];
             masks.ghostMaskD[cell] = source == Source::bright ? kMaskSet : uint8_t{0};
             masks.ghostMaskB[cell] = source == Source::dark ? kMaskSet : uint8_t{0};
@@ -266,30 +268,23 @@ bool replaceMoved(HdrContext *context, const GhostGrid &grid, const KnownMotion 
 /// Decides for every cell of a region which exposure it is taken from: the reference (mask A), the dark one
 /// (B) or the bright one (D), never two of them.
 void assignExposures(ExposureWeights &masks, const GhostGrid &grid) {
-    for (int y = 0; y < grid.height; y++) {
-        // Frame cells have no weights and the columns after the last sampled one no luminance of their own:
-        // they go where the nearest full cell goes, or the picture's edge would mix two exposures.
-        const int nearestRow = std::clamp(y, 1, grid.height - 2) * grid.width;
-        for (int x = 0; x < grid.width; x++) {
-            const int cell = y * grid.width + x;
-            const int nearest = nearestRow + std::clamp(x, 1, grid.lastSampledColumn);
-            const bool brightRemoved = masks.ghostMaskC[cell] != 0;
-            if (masks.ghostMaskD[cell] || masks.ghostMaskB[cell])
-                continue;
-            if (grid.darkSide[cell]) {
-                if (!brightRemoved && !masks.ghostMaskC[nearest] &&
-                    grid.brightWeights[nearest] == kWholeWeight)
-                    masks.ghostMaskD[cell] = kMaskSet;
-                else
-                    masks.ghostMaskA[cell] = kMaskSet;
-            } else if (brightRemoved) {
-                const bool highlight =
-                    grid.midLuma[nearest] >= kHighlightMid && grid.brightLuma[nearest] >= kHighlightBright;
-                if (highlight && grid.darkWeights[nearest] > grid.midWeights[nearest])
-                    masks.ghostMaskB[cell] = kMaskSet;
-                else
-                    masks.ghostMaskA[cell] = kMaskSet;
-            }
+    for (int cell = 0; cell < grid.width * grid.height; cell++) {
+        const int nearest = grid.nearestSampled(cell);
+        const bool brightRemoved = masks.ghostMaskC[cell] != 0;
+        if (masks.ghostMaskD[cell] || masks.ghostMaskB[cell])
+            continue;
+        if (grid.darkSide[cell]) {
+            if (!brightRemoved && !masks.ghostMaskC[nearest] && grid.brightWeights[nearest] == kWholeWeight)
+                masks.ghostMaskD[cell] = kMaskSet;
+            else
+                masks.ghostMaskA[cell] = kMaskSet;
+        } else if (brightRemoved) {
+            const bool highlight =
+                grid.midLuma[nearest] >= kHighlightMid && grid.brightLuma[nearest] >= kHighlightBright;
+            if (highlight && grid.darkWeights[nearest] > grid.midWeights[nearest])
+                masks.ghostMaskB[cell] = kMaskSet;
+            else
+                masks.ghostMaskA[cell] = kMaskSet;
         }
     }
 }

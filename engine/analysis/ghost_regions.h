@@ -4,6 +4,7 @@
 
 #include "engine/core/region_search.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace hdr {
@@ -26,6 +27,15 @@ struct GhostGrid {
     const uint8_t *brightMoved;  ///< likewise in the bright exposure; null with the other
     uint8_t *scratch[3];         ///< room for masks
     const uint8_t *brightExtent; ///< mask: the same by a threshold of its own, to judge how far it reaches
+
+    /// The nearest cell inside the frame that has statistics: the frame has no weights and an empty column no
+    /// luminance of its own, and they go where their neighbours go, or the picture's edge would mix
+    /// exposures.
+    int32_t nearestSampled(int32_t cell) const {
+        const int x = std::clamp(cell % width, 1, lastSampledColumn);
+        const int y = std::clamp(cell / width, 1, height - 2);
+        return y * width + x;
+    }
 };
 
 /// What the regions ask of the whole run.
