@@ -45,14 +45,6 @@ struct BgrxImage {
     size_t lineBytes() const { return size_t{4} * static_cast<size_t>(width); }
 };
 
-/// A borrowed BGR picture (blue, green, red) in sRGB, rows `lineBytes` apart.
-struct BgrView {
-    const uint8_t *pixels = nullptr;
-    int32_t width = 0;
-    int32_t height = 0;
-    int32_t lineBytes = 0;
-};
-
 /// A picture of three bytes a pixel (red, green, blue), rows `lineBytes` apart.
 struct RgbImage {
     int32_t width = 0;

@@ -44,12 +44,14 @@ ExitStatus mergeFailed(HdrStatus status, MergeReport &report) {
 }
 
 /// Reads the photographs into the engine's inputs.
-ExitStatus readPhotographs(const Options &options, IHDREngineController &controller, MergeReport &report) {
+ExitStatus readPhotographs(const Options &options, IHDREngineController &controller, CameraExifs &cameraExifs,
+                           MergeReport &report) {
     const Stopwatch stopwatch;
     Photographs photographs;
     report.error = openPhotographs(options.photographs, photographs);
     if (report.error)
         return kBadPhotograph;
+    cameraExifs = readCameraExifs(options.photographs, options.writing);
     const ImageSize size = photographs[0].imageSize(photographs[0].orientation());
     report.width = static_cast<int32_t>(size.width);
     report.height = static_cast<int32_t>(size.height);
@@ -92,11 +94,12 @@ ExitStatus applyEffect(const Options &options, IHDREngineController &controller,
     return picture.bgr ? kSuccess : mergeFailed(HDR_ERR_NOMEM, report);
 }
 
-ExitStatus write(const Options &options, const Picture &picture, MergeReport &report) {
+ExitStatus write(const Options &options, const Picture &picture, const CameraExifs &cameraExifs,
+                 MergeReport &report) {
     const Stopwatch stopwatch;
-    // The engine's pictures are up to three pixels wider than the photographs.
-    report.error = writePicture(
-        options.output, {picture.bgr.get(), report.width, report.height, bgrLineBytes(picture.width)});
+    report.error = writeMergedPicture(
+        options.output, {picture.bgr.get(), picture.width, picture.height, bgrLineBytes(picture.width)},
+        report.width, cameraExifs[static_cast<size_t>(report.runInfo.midIndex)], options.writing);
     report.writeMilliseconds = stopwatch.milliseconds();
     return report.error ? kCannotWrite : kSuccess;
 }
@@ -105,18 +108,20 @@ ExitStatus run(const Options &options, MergeReport &report) {
     report.error = checkTarget(options.output);
     if (report.error)
         return kCannotWrite;
+    CameraExifs cameraExifs;
     Picture picture;
     MergeInspection inspection;
     {
         TerminalMerge controller(!options.quiet);
-        if (const ExitStatus status = readPhotographs(options, controller, report); status != kSuccess)
+        if (const ExitStatus status = readPhotographs(options, controller, cameraExifs, report);
+            status != kSuccess)
             return status;
         if (const ExitStatus status = merge(options, controller, report, inspection); status != kSuccess)
             return status;
         if (const ExitStatus status = applyEffect(options, controller, picture, report); status != kSuccess)
             return status;
     }
-    if (const ExitStatus status = write(options, picture, report); status != kSuccess)
+    if (const ExitStatus status = write(options, picture, cameraExifs, report); status != kSuccess)
         return status;
     if (!options.reportFolder.empty())
         report.error = writeReportFolder(options, report, inspection);

@@ -2,7 +2,6 @@
 #include "cli/options.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -15,6 +14,7 @@
 
 #include "app/lomo_engine.h"
 #include "app/picture_writer.h"
+#include "cli/command_line.h"
 
 namespace tristop {
 namespace {
@@ -32,29 +32,11 @@ std::optional<std::string> fileMistake(const Options &options) {
             if (sameFile(photographs[i], photographs[j]))
                 return photographs[j] + ": is given twice; a merge takes three different photographs";
     if (!pictureFormat(options.output))
-        return options.output + ": its name must end in .png, .jpg or .jpeg";
+        return options.output + ": its name must end in .png, .jpg, .jpeg, .tif or .tiff";
     for (const std::string &photograph : photographs)
         if (sameFile(photograph, options.output))
             return options.output + ": the result would overwrite one of the photographs";
     return std::nullopt;
-}
-
-/// A whole number in decimal notation from `lowest` to `highest`; `value` holds its default.
-template <typename Number>
-void addNumber(CLI::App &app, const std::string &name, Number &value, Number lowest, Number highest,
-               const std::string &description) {
-    const auto read = [=, &value](const std::string &text) {
-        char *end = nullptr;
-        const long long number = std::strtoll(text.c_str(), &end, 10);
-        if (text.empty() || *end != '\0' || number < lowest || number > highest)
-            throw CLI::ValidationError(name, "must be a whole number from " + std::to_string(lowest) +
-                                                 " to " + std::to_string(highest) + ", not " + text);
-        value = static_cast<Number>(number);
-    };
-    app.add_option_function<std::string>(name, read, description)
-        ->type_name("number")
-        ->option_text(std::to_string(lowest) + ".." + std::to_string(highest) + " (" + std::to_string(value) +
-                      ")");
 }
 
 void addStyle(CLI::App &app, int32_t &style) {
@@ -102,18 +84,18 @@ std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
 
     app.add_option("photographs", photographs, "Three JPEG files of one size, in any order")
         ->option_text("DARK MIDDLE BRIGHT");
-    app.add_option("-o,--output", options.output, "The picture to write: PNG or JPEG by its name")
+    app.add_option("-o,--output", options.output, "The picture to write: PNG, JPEG or TIFF by its name")
         ->type_name("file name")
         ->option_text("OUT");
-    addNumber<int64_t>(app, "--tone-length", options.toneLength, 0, 100, "How far shadows are lifted");
-    addNumber<int64_t>(app, "--brightness", options.brightness, -100, 100, "Brightness of the merged tones");
-    addNumber<int64_t>(app, "--tone-saturation", options.toneSaturation, 0, 100,
-                       "Colour of the merged tones");
+    addNumber(app, "--tone-length", options.toneLength, 0, 100, "How far shadows are lifted");
+    addNumber(app, "--brightness", options.brightness, -100, 100, "Brightness of the merged tones");
+    addNumber(app, "--tone-saturation", options.toneSaturation, 0, 100, "Colour of the merged tones");
     addNumber(app, "--ghost", options.ghostLevel, 0, 10,
               "How eagerly moving things are taken from one photograph");
     addNumber(app, "--contrast", options.contrast, -100, 100, "Contrast of the result");
     addNumber(app, "--saturation", options.saturation, -100, 100, "Colour saturation of the result");
     addStyle(app, options.style);
+    addWriteOptions(app, options.writing);
     app.add_option("--report", options.reportFolder,
                    "Show in this folder how the merge came about: pictures, numbers, index.html")
         ->type_name("folder name")

@@ -6,19 +6,22 @@
 #include <string>
 #include <variant>
 
+#include "cli/write_options.h"
+
 namespace tristop {
 
 /// What the command line asks for.
 struct Options {
     std::array<std::string, 3> photographs;
     std::string output;
-    int64_t toneLength = 45;
-    int64_t brightness = 10;
-    int64_t toneSaturation = 40;
+    int32_t toneLength = 45;
+    int32_t brightness = 10;
+    int32_t toneSaturation = 40;
     int32_t ghostLevel = 6;
     int32_t contrast = 0;
     int32_t saturation = 0;
-    int32_t style = 0;        ///< LomoSettings::kStyle…
+    int32_t style = 0; ///< LomoSettings::kStyle…
+    WriteOptions writing;
     std::string reportFolder; ///< empty for no report
     bool json = false;
     bool quiet = false;

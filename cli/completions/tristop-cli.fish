@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Completion of tristop-cli for fish.
+
+complete -c tristop-cli -s h -l help -d 'Show help'
+complete -c tristop-cli -l version -d 'Show the version'
+complete -c tristop-cli -s o -l output -r -F -d 'Picture to write'
+complete -c tristop-cli -l tone-length -x -d 'How far shadows are lifted, 0 to 100'
+complete -c tristop-cli -l brightness -x -d 'Brightness of the merged tones, -100 to 100'
+complete -c tristop-cli -l tone-saturation -x -d 'Colour of the merged tones, 0 to 100'
+complete -c tristop-cli -l ghost -x -a '(seq 0 10)' -d 'How eagerly moving things are taken from one photograph'
+complete -c tristop-cli -l contrast -x -d 'Contrast of the result, -100 to 100'
+complete -c tristop-cli -l saturation -x -d 'Colour saturation of the result, -100 to 100'
+complete -c tristop-cli -l style -x -a 'original art bw' -d 'Colour style'
+complete -c tristop-cli -l jpeg-quality -x -d 'Quality of a JPEG, 0 to 100'
+complete -c tristop-cli -l tiff-compression -x -a 'none lzw packbits deflate' -d 'How a TIFF is compressed'
+complete -c tristop-cli -l png-level -x -a '(seq 0 9)' -d 'Compression of a PNG'
+complete -c tristop-cli -l no-metadata -d 'Leave out what the middle photograph tells'
+complete -c tristop-cli -l no-gps -d 'Leave out the place'
+complete -c tristop-cli -l keep-width -d 'Do not trim the width'
+complete -c tristop-cli -l report -x -a '(__fish_complete_directories)' -d 'Show in a folder how the merge came about'
+complete -c tristop-cli -l json -d 'Describe the merge on standard output'
+complete -c tristop-cli -l quiet -d 'No progress bar and no warnings'
