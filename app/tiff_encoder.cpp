@@ -166,7 +166,9 @@ std::optional<std::string> writeWithExif(const MemoryFile &tiff, const std::vect
         image->writeMetadata();
         Exiv2::BasicIo &result = image->io();
         return writeBytes(result.mmap(), result.size(), file);
-    } catch (const Exiv2::AnyError &error) {
+    } catch (const std::bad_alloc &) {
+        return kNoMemoryReason;
+    } catch (const std::exception &error) {
         return error.what();
     }
 }
