@@ -88,7 +88,7 @@ std::vector<uint8_t> finishedExif(const std::vector<uint8_t> &cameraExif, int32_
         exif["Exif.Image.YResolution"] = resolution;
         exif["Exif.Image.ResolutionUnit"] = kInch;
         exif["Exif.Image.Software"] = "Tristop " TRISTOP_VERSION;
-        exif["Exif.Photo.ExifVersion"].setValue("48 50 51 50"); // the digits of 2.32
+        exif["Exif.Photo.ExifVersion"].setValue("48 50 51 50");     // the digits of 2.32
         exif["Exif.Photo.FlashpixVersion"].setValue("48 49 48 48"); // 1.00, which EXIF demands
         exif["Exif.Photo.ColorSpace"] = kSrgb;
         exif["Exif.Photo.PixelXDimension"] = static_cast<uint32_t>(width);

@@ -29,6 +29,10 @@ LcmsSamples lcmsSamples(SampleLayout samples) {
         return {TYPE_CMYK_8, cmsSigCmykData};
     case SampleLayout::InvertedCmyk:
         return {TYPE_CMYK_8_REV, cmsSigCmykData};
+    case SampleLayout::Gray16:
+        return {TYPE_GRAY_16, cmsSigGrayData};
+    case SampleLayout::Rgb16:
+        return {TYPE_RGB_16, cmsSigRgbData};
     case SampleLayout::Bgrx:
         break;
     }
@@ -94,7 +98,7 @@ std::optional<SrgbTransform> SrgbTransform::fromAdobeRgb() {
     return between(adobeRgb.get(), SampleLayout::Bgrx);
 }
 
-void SrgbTransform::apply(const uint8_t *source, uint8_t *target, uint32_t pixels) const {
+void SrgbTransform::apply(const void *source, uint8_t *target, uint32_t pixels) const {
     cmsDoTransform(transform.get(), source, target, pixels);
 }
 

@@ -9,8 +9,11 @@
 
 namespace tristop {
 
-/// What a decoder's samples mean. Adobe's CMYK files store 255 minus the amount of ink.
-enum class SampleLayout { Gray, Bgrx, Cmyk, InvertedCmyk };
+/**
+ * What a decoder's samples mean: one byte each, or a 16-bit number in the machine's byte order. Adobe's CMYK
+ * files store 255 minus the amount of ink.
+ */
+enum class SampleLayout { Gray, Bgrx, Cmyk, InvertedCmyk, Gray16, Rgb16 };
 
 /**
  * Brings pixels of an embedded colour profile to sRGB, by Little CMS with perceptual intent.
@@ -31,7 +34,7 @@ public:
      * Converts `pixels` pixels from `source` to BGRX at `target`, which may be the same place for
      * BGRX samples. Filler bytes are left alone.
      */
-    void apply(const uint8_t *source, uint8_t *target, uint32_t pixels) const;
+    void apply(const void *source, uint8_t *target, uint32_t pixels) const;
 
 private:
     struct Deleter {

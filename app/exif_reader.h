@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include <exiv2/exiv2.hpp>
@@ -21,7 +22,11 @@ struct ExifHeader {
  */
 ExifHeader readExifHeader(const std::string &path);
 
-/// Entry `index` of a numeric tag; 0 when the tag, the entry or the fraction's denominator is missing.
+/// The EXIF data of a photograph file with content `file`, in the same manner.
+Exiv2::ExifData readExif(std::span<const uint8_t> file);
+
+/// Entry `index` of a numeric tag; 0 when the tag, the entry or the fraction's denominator is missing or it
+/// is no finite number.
 double numberAt(const Exiv2::ExifData &exif, Exiv2::ExifData::const_iterator tag, long index = 0);
 double numberAt(const Exiv2::ExifData &exif, const char *tag, long index = 0);
 

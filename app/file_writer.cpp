@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/file_writer.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
@@ -14,30 +15,41 @@
 namespace tristop {
 namespace {
 
-/// Name of the latest temporary file, for signal handlers; null when it is gone.
-std::atomic<const char *> unfinishedFile = nullptr;
+/// Names of the temporary files there are, for signal handlers; null where there is none.
+std::array<std::atomic<const char *>, 256> unfinishedFiles{};
 static_assert(std::atomic<const char *>::is_always_lock_free);
 
+void noteUnfinished(const char *path) {
+    for (auto &slot : unfinishedFiles) {
+        const char *none = nullptr;
+        if (slot.compare_exchange_strong(none, path))
+            return;
+    }
+}
+
+void forgetUnfinished(const char *path) {
+    for (auto &slot : unfinishedFiles) {
+        const char *noted = path;
+        if (slot.compare_exchange_strong(noted, nullptr))
+            return;
+    }
+}
+
 /**
- * A new file beside a target. It is removed again unless it has been renamed to the target.
+ * A new file beside a target. It has no name until it is whole, so that nothing is left of it however the
+ * program ends; on file systems that have no such files (NFS, FAT) it has one, and is removed again unless it
+ * has been renamed to the target.
  */
 class TemporaryFile {
 public:
     /// In the folder of `target`; on failure file() is null and errno says why.
-    explicit TemporaryFile(const std::filesystem::path &target) {
-        constexpr int kAttempts = 1000;
-        int descriptor = -1;
-        for (int i = 0; i < kAttempts && descriptor < 0; ++i) {
-            path = target.parent_path() /
-                   (".tristop-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".tmp");
-            descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (descriptor < 0 && errno != EEXIST)
-                return;
-        }
+    explicit TemporaryFile(const std::filesystem::path &target) : target(target) {
+        int descriptor = ::open(target.parent_path().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        if (descriptor < 0)
+            descriptor = withFreeName(
+                [](const char *name) { return ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
         if (descriptor < 0)
             return;
-        created = true;
-        unfinishedFile = path.c_str();
         struct stat existing {};
         if (::stat(target.c_str(), &existing) == 0)
             ::fchmod(descriptor, existing.st_mode & 0777);
@@ -48,9 +60,9 @@ public:
     ~TemporaryFile() {
         if (stream != nullptr)
             std::fclose(stream);
-        if (created) {
+        if (!path.empty()) {
             ::unlink(path.c_str());
-            unfinishedFile = nullptr;
+            forgetUnfinished(path.c_str());
         }
     }
     TemporaryFile(const TemporaryFile &) = delete;
@@ -58,16 +70,18 @@ public:
 
     std::FILE *file() const { return stream; }
 
-    /// Brings the file to the disk and renames it to `target`; on failure errno says why.
-    bool moveTo(const std::filesystem::path &target) {
+    /// Brings the file to the disk and gives it the target's name; on failure errno says why.
+    bool moveToTarget() {
         if (std::fflush(stream) != 0 || ::fsync(::fileno(stream)) != 0)
+            return false;
+        if (path.empty() && !giveName())
             return false;
         if (std::fclose(std::exchange(stream, nullptr)) != 0)
             return false;
         if (std::rename(path.c_str(), target.c_str()) != 0)
             return false;
-        created = false;
-        unfinishedFile = nullptr;
+        forgetUnfinished(path.c_str());
+        path.clear();
         // The new name survives a power cut once the folder is on the disk, too.
         const int folder = ::open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (folder >= 0) {
@@ -78,9 +92,35 @@ public:
     }
 
 private:
-    std::filesystem::path path;
+    /// Calls create(name) with temporary names until one is free. Gives what it returned, below 0 on failure.
+    template <typename Create>
+    int withFreeName(Create create) {
+        constexpr int kAttempts = 1000;
+        int result = -1;
+        for (int i = 0; i < kAttempts && result < 0; ++i) {
+            path = target.parent_path() /
+                   (".tristop-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".tmp");
+            result = create(path.c_str());
+            if (result < 0 && errno != EEXIST)
+                break;
+        }
+        if (result < 0)
+            path.clear();
+        else
+            noteUnfinished(path.c_str());
+        return result;
+    }
+
+    bool giveName() {
+        const std::string nameless = "/proc/self/fd/" + std::to_string(::fileno(stream));
+        return withFreeName([&](const char *name) {
+                   return ::linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW);
+               }) >= 0;
+    }
+
+    const std::filesystem::path target;
+    std::filesystem::path path; ///< empty while the file has no name
     std::FILE *stream = nullptr;
-    bool created = false;
 };
 
 /// The file that a write through `path` creates or replaces: symbolic links followed, also to a file that
@@ -148,7 +188,7 @@ std::optional<FileError> replaceFile(const std::string &path, const FileContent 
         return cannotWrite(path, errnoMessage(errno));
     if (const auto problem = content(temporary.file()))
         return cannotWrite(path, *problem);
-    if (!temporary.moveTo(target))
+    if (!temporary.moveToTarget())
         return cannotWrite(path, errnoMessage(errno));
     return std::nullopt;
 }
@@ -161,9 +201,10 @@ std::optional<FileError> replaceFile(const std::string &path, const std::string 
     });
 }
 
-void removeUnfinishedFile() noexcept {
-    if (const char *path = unfinishedFile)
-        ::unlink(path);
+void removeUnfinishedFiles() noexcept {
+    for (const auto &slot : unfinishedFiles)
+        if (const char *path = slot)
+            ::unlink(path);
 }
 
 } // namespace tristop

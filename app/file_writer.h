@@ -33,7 +33,8 @@ std::optional<FileError> replaceFile(const std::string &path, const FileContent 
 /// replaceFile with a text.
 std::optional<FileError> replaceFile(const std::string &path, const std::string &text);
 
-/// Removes the new file of a replaceFile that is underway. For handlers of signals that end the program.
-void removeUnfinishedFile() noexcept;
+/// Removes what replaceFile, underway in any thread, has written so far. For handlers of signals that end the
+/// program.
+void removeUnfinishedFiles() noexcept;
 
 } // namespace tristop

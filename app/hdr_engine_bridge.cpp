@@ -77,9 +77,11 @@ private:
 
 int64_t IHDREngine::progress(int64_t percentage, int64_t, void *userData) {
     const auto *engine = static_cast<const IHDREngine *>(userData);
-    if (engine != nullptr && engine->progressObserver)
+    if (engine == nullptr)
+        return 0;
+    if (engine->progressObserver)
         engine->progressObserver(percentage);
-    return 0;
+    return engine->cancelRequested && engine->cancelRequested() ? HDR_CANCELLED : HDR_OK;
 }
 
 void IHDREngine::stepEnded(const HdrContext *context, int32_t step, void *userData) {

@@ -31,6 +31,10 @@ public:
     /// Told the percentage while the exposures are merged, not always on the thread that called run.
     std::function<void(int64_t percentage)> progressObserver;
 
+    /// Asked along with every progress; true ends the run with HDR_CANCELLED. Empty for never, must not
+    /// throw. Not always called on the thread that called run.
+    std::function<bool()> cancelRequested;
+
     /// Told each step (HDR_STEP_…) of a run when it has ended, on the thread that called run, with the
     /// context to look into; must not throw. Empty for none.
     std::function<void(const HdrContext &context, int32_t step)> stepObserver;
@@ -132,7 +136,7 @@ public:
     /// The three inputs, owned by the controller.
     const EngineInputs &inputOffscreen() const { return inputs; }
 
-    /// Hooks for a class that shows a merge; here they do nothing. A run from here is never cancelled.
+    /// Hooks for a class that shows a merge; here they do nothing.
     virtual void runProgress(int64_t percentage, bool isCancel);
     virtual void runFinished(HdrStatus status);
     virtual void runFailed(HdrStatus status);

@@ -5,26 +5,47 @@
 
 #include <libyuv.h>
 
-#include "app/jpeg_reader.h"
+#include "app/file_content.h"
+#include "app/picture_decoder.h"
 
 namespace tristop {
 
-bool CBImageSource::initWithPhoto(const std::string &photo) {
-    path = photo;
-    const auto problem = readImageMetadata(path, metadata);
+bool CBImageSource::succeeded(const std::optional<std::string> &problem) {
     failureReason = problem.value_or("");
     return !problem;
 }
 
+bool CBImageSource::initWithPhoto(const std::string &photo) {
+    path = photo;
+    std::vector<uint8_t> file;
+    return succeeded(readFileContent(path, file)) && load(file, path);
+}
+
+bool CBImageSource::load(std::span<const uint8_t> file, const std::string &photo) {
+    path = photo;
+    PictureHeader header;
+    if (!succeeded(readPictureHeader(file, typeBySuffix(path), header)))
+        return false;
+    metadata = tristop::imageMetadata(file, header);
+    bytesToDecode = file.size() + header.decodingBytes;
+    return true;
+}
+
 bool CBImageSource::open() {
+    std::vector<uint8_t> file;
+    return succeeded(readFileContent(path, file)) && decode(file);
+}
+
+bool CBImageSource::decode(std::span<const uint8_t> file) {
     // Cameras set to Adobe RGB say so in EXIF and may leave the profile out.
     const bool adobeRgb = EXIF() != nullptr && EXIF()->interoperabilityIndex == "R03";
     BgrxImage picture;
-    const auto problem = decodeJpeg(path, adobeRgb ? UntaggedColor::AdobeRgb : UntaggedColor::Srgb, picture);
-    failureReason = problem.value_or("");
-    if (!problem)
-        decoded = std::move(picture);
-    return !problem;
+    if (!succeeded(decodePicture(file, adobeRgb ? UntaggedColor::AdobeRgb : UntaggedColor::Srgb, picture)))
+        return false;
+    metadata.pixelWidth = static_cast<float>(picture.width);
+    metadata.pixelHeight = static_cast<float>(picture.height);
+    decoded = std::move(picture);
+    return true;
 }
 
 const ExifMetadata *CBImageSource::EXIF() const {
@@ -89,6 +110,21 @@ AffineTransform CBImageSource::imageTransform() const {
     }
 }
 
+/// An upright picture's size in whole pixels; 0 x 0 when it is empty or larger than a picture may be.
+struct Canvas {
+    int32_t width = 0;
+    int32_t height = 0;
+
+    explicit Canvas(ImageSize size) {
+        const auto drawable = [](double side) { return side >= 1 && side <= kLargestPictureBytes; };
+        if (!drawable(size.width) || !drawable(size.height) ||
+            !fitsPictureLimit(static_cast<int64_t>(size.width), static_cast<int64_t>(size.height)))
+            return;
+        width = static_cast<int32_t>(size.width);
+        height = static_cast<int32_t>(size.height);
+    }
+};
+
 /**
  * Calls use(bgrx, first, count) for strips of rows of the upright picture, from the top down. Each strip is
  * followed by the start of the next row, or by zero bytes. False when the reader is not open or there is
@@ -98,10 +134,8 @@ template <typename Use>
 bool CBImageSource::forEachStrip(int orientation, Use use) const {
     // Few enough to stay in the cache on their way. Even, so that strips hold whole rows of halved chroma.
     constexpr int32_t kStripRows = 16;
-    const ImageSize size = imageSize(orientation);
-    const auto width = static_cast<int32_t>(size.width);
-    const auto height = static_cast<int32_t>(size.height);
-    if (!decoded || width < 1 || height < 1)
+    const auto [width, height] = Canvas(imageSize(orientation));
+    if (!decoded || width == 0)
         return false;
     const AffineTransform transform = imageTransform();
     const bool asStored =
@@ -123,6 +157,7 @@ bool CBImageSource::forEachStrip(int orientation, Use use) const {
     }
     return true;
 }
+
 bool CBImageSource::image(int orientation, Offscreen *svlOffscreen) const {
     const Offscreen &target = *svlOffscreen;
     const bool planar = target.u32PixelArrayFormat == HDR_FORMAT_I420;
@@ -130,10 +165,10 @@ bool CBImageSource::image(int orientation, Offscreen *svlOffscreen) const {
         return false;
     if (!planar && target.u32PixelArrayFormat != HDR_FORMAT_YUY2)
         return true;
-    const ImageSize size = imageSize(orientation);
-    const auto width = static_cast<int32_t>(size.width);
+    const Canvas canvas(imageSize(orientation));
+    const int32_t width = canvas.width;
     if (target.ppu8Plane[0] == nullptr || target.i32Width > roundUpTo4(width) ||
-        target.i32Height > static_cast<int32_t>(size.height))
+        target.i32Height > canvas.height)
         return false;
     // libyuv takes a temporary copy of whatever it converts at once, and does not look whether it got one.
     return forEachStrip(orientation, [&](const uint8_t *bgrx, int32_t first, int32_t count) {
@@ -153,8 +188,8 @@ bool CBImageSource::image(int orientation, Offscreen *svlOffscreen) const {
 }
 
 std::optional<RgbImage> CBImageSource::image(int orientation) const {
-    const ImageSize size = imageSize(orientation);
-    RgbImage result{static_cast<int32_t>(size.width), static_cast<int32_t>(size.height), 0, nullptr};
+    const Canvas canvas(imageSize(orientation));
+    RgbImage result{canvas.width, canvas.height, 0, nullptr};
     result.lineBytes = 3 * static_cast<size_t>(result.width);
     result.pixels = allocPixels(result.lineBytes * static_cast<size_t>(result.height));
     const auto append = [&result](const uint8_t *bgrx, int32_t first, int32_t count) {

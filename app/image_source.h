@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "app/photo_metadata.h"
@@ -20,8 +22,9 @@ struct ImageSize {
 };
 
 /**
- * Reader of one photograph file. Load it with initWithPhoto, then decode it with open; the metadata
- * accessors are meaningful once it is loaded, transform and drawing once it is open.
+ * Reader of one photograph file: JPEG, camera RAW or TIFF, by its content. Load it with initWithPhoto, then
+ * decode it with open; the metadata accessors are meaningful once it is loaded, transform and drawing once it
+ * is open.
  *
  * The file is never changed and not kept open. A reader belongs to one thread at a time.
  */
@@ -31,10 +34,18 @@ public:
     bool initWithPhoto(const std::string &path);
 
     /**
-     * Decodes the picture to sRGB, as stored. False when any part of it cannot be decoded; then failure()
-     * says why.
+     * Decodes the picture to sRGB, as stored, and corrects the metadata's pixel size should the decoder's
+     * differ. False when any part of it cannot be decoded; then failure() says why.
      */
     bool open();
+
+    /// initWithPhoto for a file's whole content; the path tells nothing but the name.
+    bool load(std::span<const uint8_t> file, const std::string &path = "");
+    /// open for a file's whole content.
+    bool decode(std::span<const uint8_t> file);
+
+    /// Memory that open takes beside the decoded picture while it runs, in bytes.
+    size_t decodingBytes() const { return bytesToDecode; }
 
     /// Why initWithPhoto or open returned false, in words that follow the file's name.
     const std::string &failure() const { return failureReason; }
@@ -76,12 +87,14 @@ public:
     std::optional<RgbImage> image(int orientation) const;
 
 private:
+    bool succeeded(const std::optional<std::string> &problem);
     template <typename Use>
     bool forEachStrip(int orientation, Use use) const;
 
     std::string path;
     ImageMetadata metadata;
     std::optional<BgrxImage> decoded;
+    size_t bytesToDecode = 0;
     std::string failureReason;
 };
 

@@ -3,15 +3,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <limits>
 #include <memory>
 #include <span>
-#include <system_error>
 #include <vector>
 
 #include <jpeglib.h>
@@ -19,6 +15,7 @@
 #include <jerror.h>
 
 #include "app/color_profile.h"
+#include "app/file_error.h"
 
 namespace tristop {
 namespace {
@@ -27,43 +24,6 @@ struct FileCloser {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
-
-/// Opens a file that starts like a JPEG; otherwise says in `problem` why it cannot be one.
-File openJpegFile(const std::string &path, std::string &problem) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status)) {
-        problem = status.type() == std::filesystem::file_type::not_found
-                      ? "does not exist"
-                      : "cannot be opened: " + error.message();
-        return nullptr;
-    }
-    if (std::filesystem::is_directory(status)) {
-        problem = "is a folder";
-        return nullptr;
-    }
-    if (!std::filesystem::is_regular_file(status)) {
-        problem = "is not an ordinary file";
-        return nullptr;
-    }
-    File file(std::fopen(path.c_str(), "rbe"));
-    if (!file) {
-        problem = "cannot be opened: " + std::generic_category().message(errno);
-        return nullptr;
-    }
-    std::array<uint8_t, 2> start{};
-    const size_t length = std::fread(start.data(), 1, start.size(), file.get());
-    std::rewind(file.get());
-    if (length == 0) {
-        problem = "is empty";
-        return nullptr;
-    }
-    if (start != std::array<uint8_t, 2>{0xff, 0xd8}) {
-        problem = "is not a JPEG picture";
-        return nullptr;
-    }
-    return file;
-}
 
 /// Warnings of the decoder after which pixels are made up rather than read.
 bool losesPixels(int warning) {
@@ -76,13 +36,13 @@ std::string reasonInWords(j_common_ptr codec) {
     case JERR_INPUT_EOF:
     case JWRN_JPEG_EOF:
     case JWRN_HIT_MARKER:
-        return "is truncated: it ends before its picture does";
+        return kTruncated;
     case JWRN_HUFF_BAD_CODE:
     case JWRN_ARITH_BAD_CODE:
     case JWRN_MUST_RESYNC:
-        return "is damaged: parts of its picture data cannot be decoded";
+        return kDamaged;
     case JERR_OUT_OF_MEMORY:
-        return "needs more memory than there is";
+        return kOutOfMemory;
     default:
         break;
     }
@@ -92,13 +52,15 @@ std::string reasonInWords(j_common_ptr codec) {
 }
 
 /**
- * libjpeg's decoder over an open file. Its errors come back through longjmp, so each call into the library
- * stands in a function of its own that returns false when one occurred.
+ * libjpeg's decoder over a file's content. Its errors come back through longjmp, so each call into the
+ * library stands in a function of its own that returns false when one occurred.
  */
 class Decoder {
 public:
-    explicit Decoder(std::FILE *file) : file(file) {
+    explicit Decoder(std::span<const uint8_t> file)
+        : file(fmemopen(const_cast<uint8_t *>(file.data()), file.size(), "rb")) { // only reads it
         info.err = jpeg_std_error(&errors);
+        errors.msg_code = JERR_OUT_OF_MEMORY; // should not even the stream have been made
         errors.error_exit = [](j_common_ptr codec) { fail(codec); };
         errors.emit_message = [](j_common_ptr codec, int level) {
             if (level < 0 && losesPixels(codec->err->msg_code))
@@ -112,10 +74,13 @@ public:
     Decoder &operator=(const Decoder &) = delete;
 
     bool readHeader() {
+        if (!file)
+            return false;
         if (setjmp(escape) != 0)
             return false;
         jpeg_create_decompress(&info);
-        jpeg_stdio_src(&info, file);
+        // In small pieces: with all of the file in one buffer the library skips most checks of Huffman codes.
+        jpeg_stdio_src(&info, file.get());
         jpeg_save_markers(&info, JPEG_APP0 + 2, 0xffff); // the colour profile
         jpeg_read_header(&info, TRUE);
         return true;
@@ -170,7 +135,7 @@ private:
         return jpeg_read_icc_profile(&info, &bytes, &length) != FALSE;
     }
 
-    std::FILE *file;
+    File file;
     jpeg_error_mgr errors{};
     std::jmp_buf escape{};
 };
@@ -218,16 +183,19 @@ std::optional<SrgbTransform> srgbTransform(std::span<const uint8_t> profile, Sam
 
 } // namespace
 
-std::optional<std::string> readJpegHeader(const std::string &path, JpegHeader &header) {
-    std::string problem;
-    const File file = openJpegFile(path, problem);
-    if (!file)
-        return problem;
-    Decoder decoder(file.get());
+bool startsLikeJpeg(std::span<const uint8_t> file) {
+    return file.size() >= 2 && file[0] == 0xff && file[1] == 0xd8;
+}
+
+std::optional<std::string> readJpegHeader(std::span<const uint8_t> file, PictureHeader &header) {
+    Decoder decoder(file);
     if (!decoder.readHeader())
         return decoder.reason();
     const jpeg_decompress_struct &info = decoder.info;
-    header = {static_cast<int32_t>(info.image_width), static_cast<int32_t>(info.image_height)};
+    const auto pixels = uint64_t{info.image_width} * info.image_height;
+    header.type = PhotographType::Jpeg;
+    header.width = static_cast<int32_t>(info.image_width);
+    header.height = static_cast<int32_t>(info.image_height);
     constexpr int kDotsPerInch = 1, kDotsPerCentimetre = 2;
     if (info.saw_JFIF_marker &&
         (info.density_unit == kDotsPerInch || info.density_unit == kDotsPerCentimetre)) {
@@ -235,26 +203,22 @@ std::optional<std::string> readJpegHeader(const std::string &path, JpegHeader &h
         header.xDensity = static_cast<float>(info.X_density) * toInches;
         header.yDensity = static_cast<float>(info.Y_density) * toInches;
     }
+    if (info.arith_code == FALSE) // Huffman coding spends at least one bit on each block of 64 pixels
+        header.smallestFile = pixels / (64 * 8);
+    if (info.progressive_mode) // keeps all coefficients until the last scan
+        header.decodingBytes = pixels * static_cast<size_t>(info.num_components) * sizeof(JCOEF);
     return std::nullopt;
 }
 
-std::optional<std::string> decodeJpeg(const std::string &path, UntaggedColor untagged, BgrxImage &image) {
-    std::string problem;
-    const File file = openJpegFile(path, problem);
-    if (!file)
-        return problem;
-    Decoder decoder(file.get());
+std::optional<std::string> decodeJpeg(std::span<const uint8_t> file, UntaggedColor untagged,
+                                      BgrxImage &image) {
+    Decoder decoder(file);
     if (!decoder.readHeader())
         return decoder.reason();
-
-    BgrxImage decoded{static_cast<int32_t>(decoder.info.image_width),
-                      static_cast<int32_t>(decoder.info.image_height), nullptr};
-    const size_t bytes = decoded.lineBytes() * static_cast<size_t>(decoded.height);
-    if (bytes > static_cast<size_t>(std::numeric_limits<int32_t>::max()))
-        return "is too large: more than 536 megapixels";
-    decoded.pixels = allocPixels(bytes + kBgrxSpareBytes);
-    if (!decoded.pixels)
-        return "needs more memory than there is";
+    image = allocBgrx(static_cast<int32_t>(decoder.info.image_width),
+                      static_cast<int32_t>(decoder.info.image_height));
+    if (!image.pixels)
+        return kOutOfMemory;
 
     const SampleLayout layout = sampleLayout(decoder.info);
     const auto transform = srgbTransform(decoder.colorProfile(), layout, untagged);
@@ -264,22 +228,21 @@ std::optional<std::string> decodeJpeg(const std::string &path, UntaggedColor unt
 
     std::vector<uint8_t> sampleRow;
     if (samples != JCS_EXT_BGRA)
-        sampleRow.resize(decoded.lineBytes());
-    for (int32_t y = 0; y < decoded.height; ++y) {
-        uint8_t *row = decoded.pixels.get() + decoded.lineBytes() * static_cast<size_t>(y);
+        sampleRow.resize(image.lineBytes());
+    for (int32_t y = 0; y < image.height; ++y) {
+        uint8_t *row = image.row(y);
         uint8_t *decodedRow = sampleRow.empty() ? row : sampleRow.data();
         if (!decoder.readRow(decodedRow))
             return decoder.reason();
         if (decodedRow != row)
-            std::memset(row, 255, decoded.lineBytes());
+            std::memset(row, 255, image.lineBytes());
         if (transform)
-            transform->apply(decodedRow, row, static_cast<uint32_t>(decoded.width));
+            transform->apply(decodedRow, row, static_cast<uint32_t>(image.width));
         else if (samples == JCS_CMYK)
-            plainCmykToBgrx(decodedRow, row, decoded.width, layout == SampleLayout::InvertedCmyk);
+            plainCmykToBgrx(decodedRow, row, image.width, layout == SampleLayout::InvertedCmyk);
     }
     if (!decoder.finish())
         return decoder.reason();
-    image = std::move(decoded);
     return std::nullopt;
 }
 

@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/photo_metadata.h"
 
+#include <cmath>
+
 #include "app/exif_reader.h"
-#include "app/jpeg_reader.h"
 
 namespace tristop {
 namespace {
 
 float floatAt(const Exiv2::ExifData &exif, const char *tag) {
     return static_cast<float>(numberAt(exif, tag));
+}
+
+/// Entry `index` of a numeric tag; 0 for a number that no tag can mean.
+int64_t wholeNumberAt(const Exiv2::ExifData &exif, const char *tag, long index = 0) {
+    const double number = numberAt(exif, tag, index);
+    return std::abs(number) <= 0x1p32 ? static_cast<int64_t>(number) : 0;
 }
 
 void setResolution(ImageMetadata &metadata, float x, float y) {
@@ -36,30 +43,44 @@ ExifMetadata exifMetadata(const Exiv2::ExifData &exif) {
     constexpr const char *kIso = "Exif.Photo.ISOSpeedRatings";
     if (const auto iso = exif.findKey(Exiv2::ExifKey(kIso)); iso != exif.end())
         for (long i = 0; i < static_cast<long>(iso->count()); ++i)
-            result.isoSpeedRatings.push_back(static_cast<int64_t>(numberAt(exif, kIso, i)));
+            result.isoSpeedRatings.push_back(wholeNumberAt(exif, kIso, i));
     const auto index = exif.findKey(Exiv2::ExifKey("Exif.Iop.InteroperabilityIndex"));
     if (index != exif.end())
         result.interoperabilityIndex = index->toString();
     return result;
 }
 
+/// What the RAW decoder knows instead of EXIF data, if it knows anything.
+std::optional<ExifMetadata> exifOfDecoder(const PictureHeader &header) {
+    ExifMetadata result;
+    if (header.isoSpeed > 0 && header.isoSpeed <= 0x1p32f)
+        result.isoSpeedRatings.push_back(static_cast<int64_t>(header.isoSpeed));
+    if (std::isfinite(header.focalLength))
+        result.focalLength = header.focalLength;
+    if (result.isoSpeedRatings.empty() && result.focalLength == 0)
+        return std::nullopt;
+    return result;
+}
+
 } // namespace
 
-std::optional<std::string> readImageMetadata(const std::string &path, ImageMetadata &metadata) {
-    JpegHeader header;
-    if (auto problem = readJpegHeader(path, header))
-        return problem;
+ImageMetadata imageMetadata(std::span<const uint8_t> file, const PictureHeader &header) {
     ImageMetadata result;
     result.pixelWidth = static_cast<float>(header.width);
     result.pixelHeight = static_cast<float>(header.height);
+    result.orientation = header.orientation;
     setResolution(result, header.xDensity, header.yDensity);
-    if (const Exiv2::ExifData exif = readExifHeader(path).exif; !exif.empty()) {
-        setExifResolution(result, exif);
-        result.orientation = static_cast<int64_t>(numberAt(exif, "Exif.Image.Orientation"));
-        result.exif = exifMetadata(exif);
+    const Exiv2::ExifData exif = readExif(file);
+    if (exif.empty()) {
+        result.exif = exifOfDecoder(header);
+        return result;
     }
-    metadata = std::move(result);
-    return std::nullopt;
+    setExifResolution(result, exif);
+    constexpr const char *kOrientation = "Exif.Image.Orientation";
+    if (exif.findKey(Exiv2::ExifKey(kOrientation)) != exif.end())
+        result.orientation = wholeNumberAt(exif, kOrientation);
+    result.exif = exifMetadata(exif);
+    return result;
 }
 
 } // namespace tristop

@@ -3,8 +3,11 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "app/picture_decoder.h"
 
 namespace tristop {
 
@@ -27,11 +30,11 @@ struct ImageMetadata {
 };
 
 /**
- * Reads the metadata of the JPEG file at `path`. The pixel size is the decoder's, so that metadata and
- * pixels agree; the resolution is that of EXIF, or else of the JFIF header. Unreadable EXIF data count as
- * absent. Returns why the file cannot be used, in words that follow its name, or nothing on success.
- * Safe to call from several threads.
+ * The metadata of the photograph file with content `file`, whose header has been read. The pixel size is the
+ * decoder's, so that metadata and pixels agree; the resolution is that of EXIF, or else of the JFIF header.
+ * EXIF data that cannot be read count as absent, as does an entry of a wrong type; a RAW file without
+ * them has what its decoder knows. Safe to call from several threads.
  */
-std::optional<std::string> readImageMetadata(const std::string &path, ImageMetadata &metadata);
+ImageMetadata imageMetadata(std::span<const uint8_t> file, const PictureHeader &header);
 
 } // namespace tristop

@@ -2,7 +2,9 @@
 #include "app/photographs.h"
 
 #include <cmath>
+#include <condition_variable>
 #include <future>
+#include <mutex>
 
 namespace tristop {
 namespace {
@@ -14,38 +16,88 @@ std::string inPixels(ImageSize size) {
            " pixels";
 }
 
-std::optional<FileError> loadAndCheckSizes(const std::array<std::string, 3> &paths,
-                                           Photographs &photographs) {
-    ImageSize firstSize;
-    for (size_t i = 0; i < paths.size(); ++i) {
-        CBImageSource &photograph = photographs[i];
-        if (!photograph.initWithPhoto(paths[i]))
-            return FileError{paths[i], photograph.failure()};
-        const ImageSize size = photograph.imageSize(photograph.orientation());
-        if (size.width < kSmallestSide || size.height < kSmallestSide)
-            return FileError{paths[i], "is too small: " + inPixels(size) + ", at least 100 x 100 are needed"};
-        if (i == 0)
-            firstSize = size;
-        else if (size != firstSize)
-            return FileError{paths[i], "has another size than " + paths[0] + ": " + inPixels(size) +
-                                           " instead of " + inPixels(firstSize)};
-    }
+/// What is wrong with the size of photograph `i`, compared with the first one.
+std::optional<FileError> sizeProblem(const std::array<std::string, 3> &paths, const Photographs &photographs,
+                                     size_t i) {
+    const auto uprightSize = [](const CBImageSource &photograph) {
+        return photograph.imageSize(photograph.orientation());
+    };
+    const ImageSize size = uprightSize(photographs[i]), first = uprightSize(photographs[0]);
+    if (size.width < kSmallestSide || size.height < kSmallestSide)
+        return FileError{paths[i], "is too small: " + inPixels(size) + ", at least 100 x 100 are needed"};
+    if (size != first)
+        return FileError{paths[i], "has another size than " + paths[0] + ": " + inPixels(size) +
+                                       " instead of " + inPixels(first)};
     return std::nullopt;
 }
 
+/// Lets work begin while all that runs stays within a budget; a single piece of work may always run.
+class MemoryBudget {
+public:
+    explicit MemoryBudget(size_t bytes) : bytes(bytes) {}
+
+    /// Waits until the work may run, and returns its result.
+    template <typename Work>
+    auto run(size_t needed, Work work) {
+        const Share share(*this, needed);
+        return work();
+    }
+
+private:
+    struct Share {
+        Share(MemoryBudget &budget, size_t needed) : budget(budget), needed(needed) {
+            std::unique_lock lock(budget.mutex);
+            budget.returned.wait(lock, [&] {
+                return budget.taken == 0 ||
+                       (budget.taken <= budget.bytes && needed <= budget.bytes - budget.taken);
+            });
+            budget.taken += needed;
+        }
+        ~Share() {
+            {
+                const std::lock_guard lock(budget.mutex);
+                budget.taken -= needed;
+            }
+            budget.returned.notify_all();
+        }
+        Share(const Share &) = delete;
+        Share &operator=(const Share &) = delete;
+
+        MemoryBudget &budget;
+        size_t needed;
+    };
+
+    size_t bytes;
+    size_t taken = 0;
+    std::mutex mutex;
+    std::condition_variable returned;
+};
+
 } // namespace
 
-std::optional<FileError> openPhotographs(const std::array<std::string, 3> &paths, Photographs &photographs) {
-    if (auto problem = loadAndCheckSizes(paths, photographs))
-        return problem;
+std::optional<FileError> openPhotographs(const std::array<std::string, 3> &paths, Photographs &photographs,
+                                         size_t decodingMemory) {
+    for (size_t i = 0; i < paths.size(); ++i) {
+        if (!photographs[i].initWithPhoto(paths[i]))
+            return FileError{paths[i], photographs[i].failure()};
+        if (auto problem = sizeProblem(paths, photographs, i))
+            return problem;
+    }
+    MemoryBudget budget(decodingMemory);
     std::array<std::future<bool>, 3> opened;
     for (size_t i = 0; i < paths.size(); ++i)
-        opened[i] = std::async([&photograph = photographs[i]] { return photograph.open(); });
-    std::optional<FileError> problem;
+        opened[i] = std::async(std::launch::async, [&budget, &photograph = photographs[i]] {
+            return budget.run(photograph.decodingBytes(), [&photograph] { return photograph.open(); });
+        });
+    for (const auto &result : opened)
+        result.wait();
     for (size_t i = 0; i < paths.size(); ++i)
-        if (!opened[i].get() && !problem)
-            problem = FileError{paths[i], photographs[i].failure()};
-    return problem;
+        if (!opened[i].get())
+            return FileError{paths[i], photographs[i].failure()};
+    for (size_t i = 0; i < paths.size(); ++i)
+        if (auto problem = sizeProblem(paths, photographs, i))
+            return problem;
+    return std::nullopt;
 }
 
 } // namespace tristop

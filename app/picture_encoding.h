@@ -21,6 +21,8 @@ struct EncodingOptions {
         94; ///< 0 to 100; full colour resolution from 90 on, half of it in each direction below
     TiffCompression tiffCompression = TiffCompression::Lzw;
     int32_t pngLevel = 1; ///< 0 none, 1 fast, up to 9 for a long search that rarely gains much on photographs
+
+    bool operator==(const EncodingOptions &) const = default;
 };
 
 /// What is told of a picture beside its pixels.

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 namespace tristop {
@@ -36,6 +37,14 @@ constexpr int32_t bgrLineBytes(int32_t width) {
  */
 constexpr size_t kBgrxSpareBytes = 12;
 
+/// The most bytes that a picture of four bytes a pixel may have: sizes and offsets stay within 32 bits.
+constexpr int64_t kLargestPictureBytes = std::numeric_limits<int32_t>::max();
+
+/// Whether a picture of this size, both at least 1, has at most kLargestPictureBytes.
+constexpr bool fitsPictureLimit(int64_t width, int64_t height) {
+    return height <= kLargestPictureBytes / 4 / width;
+}
+
 /// A picture of four bytes a pixel (blue, green, red, filler), rows 4 * width bytes apart.
 struct BgrxImage {
     int32_t width = 0;
@@ -43,7 +52,15 @@ struct BgrxImage {
     PixelBuffer pixels; ///< 4 * width * height bytes, and kBgrxSpareBytes where the application drew it
 
     size_t lineBytes() const { return size_t{4} * static_cast<size_t>(width); }
+    uint8_t *row(int32_t y) { return pixels.get() + lineBytes() * static_cast<size_t>(y); }
 };
+
+/// A zeroed picture with kBgrxSpareBytes behind its last row; without pixels when there is not enough memory.
+inline BgrxImage allocBgrx(int32_t width, int32_t height) {
+    BgrxImage image{width, height, nullptr};
+    image.pixels = allocPixels(image.lineBytes() * static_cast<size_t>(height) + kBgrxSpareBytes);
+    return image;
+}
 
 /// A picture of three bytes a pixel (red, green, blue), rows `lineBytes` apart.
 struct RgbImage {

@@ -112,7 +112,7 @@ Json millisecondsAsJson(const MergeReport &report) {
 
 } // namespace
 
-std::string reportAsJson(const Options &options, const MergeReport &report) {
+nlohmann::ordered_json reportObject(const Options &options, const MergeReport &report) {
     Json json = {{"version", TRISTOP_VERSION}, {"exitStatus", static_cast<int>(report.exitStatus)}};
     if (report.error) {
         if (!report.error->path.empty())
@@ -137,8 +137,15 @@ std::string reportAsJson(const Options &options, const MergeReport &report) {
     if (report.findings.ghosts)
         json["ghosts"] = ghostsAsJson(*report.findings.ghosts);
     json["milliseconds"] = millisecondsAsJson(report);
-    // File names need not be UTF-8.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace);
+    return json;
+}
+
+std::string reportAsJson(const Options &options, const MergeReport &report) {
+    return jsonText(reportObject(options, report), 2);
+}
+
+std::string jsonText(const nlohmann::ordered_json &json, int indent) {
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
 } // namespace tristop

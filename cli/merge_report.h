@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "app/file_error.h"
 #include "cli/options.h"
 #include "cli/report/merge_findings.h"
@@ -41,6 +43,10 @@ struct MergeReport {
 };
 
 /// The report as one JSON object.
+nlohmann::ordered_json reportObject(const Options &options, const MergeReport &report);
 std::string reportAsJson(const Options &options, const MergeReport &report);
+
+/// JSON in one line, or with `indent` spaces a level. File names need not be UTF-8; what is not is replaced.
+std::string jsonText(const nlohmann::ordered_json &json, int indent = -1);
 
 } // namespace tristop

@@ -3,16 +3,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
-#include <map>
-#include <memory>
-#include <optional>
 #include <system_error>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
-#include "app/lomo_engine.h"
 #include "app/picture_writer.h"
 #include "cli/command_line.h"
 
@@ -24,7 +17,8 @@ bool sameFile(const std::string &a, const std::string &b) {
     return a == b || std::filesystem::equivalent(a, b, error);
 }
 
-/// What is wrong with the files that were named, if anything.
+} // namespace
+
 std::optional<std::string> fileMistake(const Options &options) {
     const auto &photographs = options.photographs;
     for (size_t i = 0; i < photographs.size(); ++i)
@@ -39,63 +33,23 @@ std::optional<std::string> fileMistake(const Options &options) {
     return std::nullopt;
 }
 
-void addStyle(CLI::App &app, int32_t &style) {
-    const auto read = [&style](const std::string &text) {
-        const std::map<std::string, int32_t> styles = {{"original", LomoSettings::kStyleOriginal},
-                                                       {"art", LomoSettings::kStyleArt},
-                                                       {"bw", LomoSettings::kStyleBlackAndWhite}};
-        if (!styles.contains(text))
-            throw CLI::ValidationError("--style", "must be original, art or bw, not " + text);
-        style = styles.at(text);
-    };
-    app.add_option_function<std::string>("--style", read,
-                                         "Colour style; art is a cross-processed look, bw black and white")
-        ->type_name("style")
-        ->option_text("original|art|bw (original)");
-}
-
-/// Help that begins with how the command is called.
-class HelpFormatter final : public CLI::Formatter {
-public:
-    std::string make_usage(const CLI::App *, std::string name) const override {
-        return "Usage: " + name + " DARK MIDDLE BRIGHT -o OUT [OPTIONS]\n";
-    }
-};
-
-/// The first argument that looks like an option and is none.
-std::optional<std::string> unknownOption(const CLI::App &app) {
-    for (const std::string &argument : app.remaining())
-        if (argument.starts_with('-') && argument != "--")
-            return argument;
-    return std::nullopt;
-}
-
-} // namespace
-
 std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
     Options options;
     std::vector<std::string> photographs;
     CLI::App app("Merges three photographs of one scene, taken at different exposures, into one picture.",
                  "tristop-cli");
     app.set_version_flag("--version", "tristop-cli " TRISTOP_VERSION);
-    app.formatter(std::make_shared<HelpFormatter>());
-    app.get_formatter()->column_width(36);
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    prepareCommandLine(app,
+                       "tristop-cli DARK MIDDLE BRIGHT -o OUT [OPTIONS]\n"
+                       "       tristop-cli batch FOLDER... -o DIR [OPTIONS]   (batch --help tells more)");
 
-    app.add_option("photographs", photographs, "Three JPEG files of one size, in any order")
+    app.add_option("photographs", photographs,
+                   "Three photographs of one size (camera RAW, JPEG or TIFF), in any order")
         ->option_text("DARK MIDDLE BRIGHT");
     app.add_option("-o,--output", options.output, "The picture to write: PNG, JPEG or TIFF by its name")
         ->type_name("file name")
         ->option_text("OUT");
-    addNumber(app, "--tone-length", options.toneLength, 0, 100, "How far shadows are lifted");
-    addNumber(app, "--brightness", options.brightness, -100, 100, "Brightness of the merged tones");
-    addNumber(app, "--tone-saturation", options.toneSaturation, 0, 100, "Colour of the merged tones");
-    addNumber(app, "--ghost", options.ghostLevel, 0, 10,
-              "How eagerly moving things are taken from one photograph");
-    addNumber(app, "--contrast", options.contrast, -100, 100, "Contrast of the result");
-    addNumber(app, "--saturation", options.saturation, -100, 100, "Colour saturation of the result");
-    addStyle(app, options.style);
-    addWriteOptions(app, options.writing);
+    addMergeSettings(app, options);
     app.add_option("--report", options.reportFolder,
                    "Show in this folder how the merge came about: pictures, numbers, index.html")
         ->type_name("folder name")
@@ -105,32 +59,16 @@ std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
     app.footer("Exit status: 0 success, 2 bad usage, 3 a photograph cannot be used, 4 the merge failed,\n"
                "5 the picture or its report cannot be written.");
 
-    // What else is wrong with a command line may follow from a misspelt option, which is named first.
-    app.allow_extras();
-    std::optional<std::string> mistake;
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError &error) {
-        if (error.get_exit_code() == 0) {
-            app.exit(error); // prints what was asked for
-            return std::cout.flush() ? kSuccess : kCannotWrite;
-        }
-        mistake = error.what();
-    }
-    if (const auto unknown = unknownOption(app))
-        mistake = "unknown option " + *unknown;
-    else if (!mistake && photographs.size() != options.photographs.size())
-        mistake = "three photographs are needed, not " + std::to_string(photographs.size());
-    else if (!mistake && options.output.empty())
-        mistake = "the picture to write is missing: name it with -o OUT";
-    if (!mistake) {
+    const auto mistake = [&]() -> std::optional<std::string> {
+        if (photographs.size() != options.photographs.size())
+            return "three photographs are needed, not " + std::to_string(photographs.size());
+        if (options.output.empty())
+            return "the picture to write is missing: name it with -o OUT";
         std::ranges::copy(photographs, options.photographs.begin());
-        mistake = fileMistake(options);
-    }
-    if (mistake) {
-        std::cerr << "tristop-cli: " << *mistake << '\n';
-        return kBadUsage;
-    }
+        return fileMistake(options);
+    };
+    if (const auto status = parseCommandLine(app, argc, argv, mistake))
+        return *status;
     return options;
 }
 

@@ -9,4 +9,13 @@ namespace tristop {
  */
 void handleSignals();
 
+/// As handleSignals, but the first signal only asks the program to stop, through stopSignal.
+void stopOnSignals();
+
+/// The signal that asked the program to stop; 0 when there was none. Safe to call from any thread.
+int stopSignal();
+
+/// Ends the program by `signal`, as though nothing had handled it.
+[[noreturn]] void endBySignal(int signal);
+
 } // namespace tristop

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "app/file_error.h"
 #include "app/picture_encoding.h"
 
@@ -22,10 +24,19 @@ struct WriteOptions {
     bool metadata = true;   ///< takes over the camera's data of the middle photograph
     bool gps = true;        ///< with the place
     bool keepWidth = false; ///< leaves the engine's width, which is rounded up to a multiple of four
+
+    bool operator==(const WriteOptions &) const = default;
 };
 
 /// Adds an option for each; `options` holds the defaults and must outlive the parsing.
 void addWriteOptions(CLI::App &app, WriteOptions &options);
+
+/// The options as a JSON object.
+nlohmann::ordered_json writeOptionsAsJson(const WriteOptions &options);
+
+/// Reads what writeOptionsAsJson made; an option that is missing keeps its value. Returns what is wrong, or
+/// nothing on success.
+std::optional<std::string> readWriteOptions(const nlohmann::ordered_json &json, WriteOptions &options);
 
 /// The camera's data of three photographs, in their order.
 using CameraExifs = std::array<std::vector<uint8_t>, 3>;

@@ -108,7 +108,7 @@ HdrStatus hdrDestroy(MemContext *memory, HdrContext *context);
 typedef enum HdrFallback {
     HDR_FALLBACK_NONE = 0,          /**< the exposures were merged */
     HDR_FALLBACK_SHIFT = 1,         /**< an exposure is shifted by more than 64 pixels */
-    HDR_FALLBACK_FEATURES = 2,      /**< too few features to align an exposure */
+    HDR_FALLBACK_FEATURES = 2,      /**< too little in common to align the exposures */
     HDR_FALLBACK_BRIGHT_MOTION = 3, /**< the bright exposure differs over too much of the picture */
     HDR_FALLBACK_DARK_MOTION = 4,   /**< the dark exposure differs over too much of the picture */
     HDR_FALLBACK_SINGLE_INPUT = 5   /**< only one picture was given */
@@ -137,7 +137,7 @@ typedef struct HdrRunInfo {
     double exposureEstimate[3]; /**< relative exposure, larger for darker pictures, at most 32 */
     int32_t shiftX[3];          /**< displacement against the middle exposure, in pixels */
     int32_t shiftY[3];
-    int32_t excluded[3];  /**< 1 when the exposure was left out because of motion */
+    int32_t excluded[3];  /**< 1 when the exposure was left out: it moved, or could not be aligned */
     HdrFallback fallback; /**< why one exposure stands in, or HDR_FALLBACK_NONE */
     int32_t crop[4];      /**< x0, y0, x1, y1: valid in all exposures, before the resize */
     int64_t stepMicroseconds[HDR_STEP_COUNT];

@@ -36,7 +36,8 @@ AlignmentReport alignmentReport(const HdrContext &context) {
             findings.following += follows[feature] > 0;
         }
         const int nodes = alignment.warpWidth * alignment.warpHeight;
-        findings.shift = {alignment.globalShift[i][0], alignment.globalShift[i][1]};
+        findings.shift = {alignment.globalShift[i][0] + hdr::kCellSize * alignment.gridShift[i][0],
+                          alignment.globalShift[i][1] + hdr::kCellSize * alignment.gridShift[i][1]};
         findings.warpX = rangeOf(alignment.warpX[i], nodes);
         findings.warpY = rangeOf(alignment.warpY[i], nodes);
         findings.validRect = preparation.validRects[i];

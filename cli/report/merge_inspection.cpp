@@ -189,7 +189,8 @@ void MergeInspection::copyAlignment(const HdrContext &context) {
         exposure.lumaBefore = toned(exposure.original.luma, tones);
         exposure.lumaAfter = toned(copyOf(hdr::planeOf(*preparation.workImages[i])), tones);
         exposure.validRect = preparation.validRects[i];
-        exposure.shift = {alignment.globalShift[i][0], alignment.globalShift[i][1]};
+        exposure.shift = {alignment.globalShift[i][0] + hdr::kCellSize * alignment.gridShift[i][0],
+                          alignment.globalShift[i][1] + hdr::kCellSize * alignment.gridShift[i][1]};
         const Offscreen &source = preparation.inputs[i];
         const auto levelAt = [&source](int x, int y) {
             const int row = std::clamp(y, 0, source.i32Height - 1),

@@ -65,12 +65,14 @@ struct WorkingPlanes {
         : darkDifferences(Buffer<uint8_t>::zeroed(memory, pixels)),
           brightDifferences(Buffer<uint8_t>::zeroed(memory, pixels)),
           darkSide(gridPlane(memory, width, height)), brightSide(gridPlane(memory, width, height)),
-          brightExtent(gridPlane(memory, width, height)), copy(gridPlane(memory, width, height)),
-          darkMoved(gridPlane(memory, width, height)), brightMoved(gridPlane(memory, width, height)),
-          moved(gridPlane(memory, width, height)), search(memory, width, height) {}
+          brightExtent(gridPlane(memory, width, height)),
+          copy(gridPlane(memory, width, height)), scratch{gridPlane(memory, width, height),
+                                                          gridPlane(memory, width, height),
+                                                          gridPlane(memory, width, height)},
+          search(memory, width, height) {}
     explicit operator bool() const {
         return darkDifferences && brightDifferences && darkSide && brightSide && brightExtent && copy &&
-               darkMoved && brightMoved && moved && search;
+               scratch[0] && scratch[1] && scratch[2] && search;
     }
 
     Buffer<uint8_t> darkDifferences; ///< reduced size
@@ -79,9 +81,7 @@ struct WorkingPlanes {
     Buffer<uint8_t> brightSide;
     Buffer<uint8_t> brightExtent; ///< mask by the threshold that the level does not move
     Buffer<uint8_t> copy;
-    Buffer<uint8_t> darkMoved; ///< what alignment found, clear where it found nothing
-    Buffer<uint8_t> brightMoved;
-    Buffer<uint8_t> moved;
+    Buffer<uint8_t> scratch[3];
     RegionSearch search;
 
 private:
@@ -225,31 +225,25 @@ HdrStatus detect_ghosts(MemContext *memory, HdrContext *context, const int16_t *
     for (const Plane<uint8_t> &mask : {darkSide, brightSide, brightExtent})
         replicate_border_u8(mask.data, width, height);
     cleanMasks(darkSide, brightSide, brightExtent, work.copy);
-    const auto copyMoved = [&](int input, Buffer<uint8_t> &mask) {
-        if (const uint8_t *cells = context->alignment.movedCells[input])
-            std::copy_n(cells, width * height, mask.data());
-    };
-    copyMoved(preparation.darkIndex, work.darkMoved);
-    copyMoved(preparation.brightIndex, work.brightMoved);
-
     // The grid statistics leave the last column empty when the picture ends exactly with it.
     const int lastColumn = width - 2;
     const bool lastColumnEmpty = lastColumn > 1 && reference.width / kReducedCellSize == lastColumn;
-    const GhostGrid grid = {.width = width,
-                            .height = height,
-                            .lastSampledColumn = lastColumnEmpty ? lastColumn - 1 : lastColumn,
-                            .darkLuma = darkGrid,
-                            .midLuma = midGrid,
-                            .brightLuma = brightGrid,
-                            .midWeights = midWeights,
-                            .darkWeights = darkWeights,
-                            .brightWeights = brightWeights,
-                            .darkSide = darkSide.data,
-                            .brightSide = brightSide.data,
-                            .darkMoved = work.darkMoved.data(),
-                            .brightMoved = work.brightMoved.data(),
-                            .moved = work.moved.data(),
-                            .brightExtent = brightExtent.data};
+    const GhostGrid grid = {
+        .width = width,
+        .height = height,
+        .lastSampledColumn = lastColumnEmpty ? lastColumn - 1 : lastColumn,
+        .darkLuma = darkGrid,
+        .midLuma = midGrid,
+        .brightLuma = brightGrid,
+        .midWeights = midWeights,
+        .darkWeights = darkWeights,
+        .brightWeights = brightWeights,
+        .darkSide = darkSide.data,
+        .brightSide = brightSide.data,
+        .darkMoved = context->alignment.movedCells[preparation.darkIndex],
+        .brightMoved = context->alignment.movedCells[preparation.brightIndex],
+        .scratch = {work.scratch[0].data(), work.scratch[1].data(), work.scratch[2].data()},
+        .brightExtent = brightExtent.data};
     const GhostProposal proposal = analyse_ghost_regions(memory, context, grid, work.search);
     decide(context, grid, proposal);
     return HDR_OK;

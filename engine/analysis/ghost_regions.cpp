@@ -7,6 +7,8 @@
 #include "engine/prepare/preparation.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
 
 namespace hdr {
 namespace {
@@ -104,18 +106,40 @@ bool analyseBrightSide(HdrContext *context, const GhostGrid &grid, RegionSearch 
     return anyRegion;
 }
 
-/// Counts dark-side regions that meet known motion of the dark exposure as part of it.
-void joinKnownMotion(const GhostGrid &grid, RegionSearch &search) {
-    search.start(grid.darkSide);
-    while (search.next()) {
-        if (std::ranges::none_of(search.cells(), [&](int32_t cell) { return grid.darkMoved[cell] != 0; }))
-            continue;
-        for (const int32_t cell : search.cells()) {
-            grid.darkMoved[cell] = kMaskSet;
-            grid.darkSide[cell] = 0;
+/// The cells in which alignment found motion, with those around them that upsampled weights reach into.
+struct KnownMotion {
+    Plane<uint8_t> dark;
+    Plane<uint8_t> bright;
+    Plane<uint8_t> either;
+
+    explicit KnownMotion(const GhostGrid &grid)
+        : dark(grid.scratch[0], grid.width, grid.height), bright(grid.scratch[1], grid.width, grid.height),
+          either(grid.scratch[2], grid.width, grid.height) {
+        std::copy_n(grid.darkMoved, size(), dark.data);
+        std::copy_n(grid.brightMoved, size(), bright.data);
+    }
+    int size() const { return dark.width * dark.height; }
+
+    /// Counts dark-side regions that meet motion of the dark exposure as part of it. The others are nothing
+    /// but noise in the black, as alignment has looked at everything else.
+    void join(const GhostGrid &grid, RegionSearch &search) {
+        search.start(grid.darkSide);
+        while (search.next()) {
+            const bool meets =
+                std::ranges::any_of(search.cells(), [this](int32_t cell) { return dark.data[cell] != 0; });
+            for (const int32_t cell : search.cells()) {
+                dark.data[cell] |= meets ? kMaskSet : uint8_t{0};
+                grid.darkSide[cell] = 0;
+            }
         }
     }
-}
+    void complete() {
+        dilateMask8(dark);
+        dilateMask8(bright);
+        std::transform(dark.data, dark.data + size(), bright.data, either.data,
+                       [](uint8_t a, uint8_t b) { return static_cast<uint8_t>(a | b); });
+    }
+};
 
 /// Judges the dark-side regions, which all lose the dark exposure.
 void analyseDarkSide(HdrContext *context, const GhostGrid &grid, RegionSearch &search,
@@ -134,66 +158,104 @@ void analyseDarkSide(HdrContext *context, const GhostGrid &grid, RegionSearch &s
     }
 }
 
-/// The exposure that a region in which something moved needs most.
+/// The exposure that a region in which something moved is taken from.
 enum class Source { reference, dark, bright };
 
-Source mostNeeded(const GhostGrid &grid, const RegionSearch &search) {
-    int64_t mid = 0;
-    int64_t dark = 0;
-    int64_t bright = 0;
-    int64_t clippedCells = 0;
-    int64_t dimCells = 0;
-    for (const int32_t cell : search.cells()) {
-        mid += grid.midWeights[cell];
-        dark += grid.darkWeights[cell];
-        bright += grid.brightWeights[cell];
-        clippedCells += grid.brightLuma[cell] > kBrightClipped;
-        dimCells += grid.darkLuma[cell] < kDarkDim;
-    }
-    const int64_t size = static_cast<int64_t>(search.cells().size());
-    if (dark > mid + bright && 10 * dimCells < size)
-        return Source::dark;
-    return bright > 2 * mid && 100 * clippedCells < size ? Source::bright : Source::reference;
-}
+/// Judges regions in which something moved.
+class MotionJudge {
+public:
+    explicit MotionJudge(const GhostGrid &grid) : grid(grid) {}
 
-/// Takes the colour of a cell's pixels, and what the first merge shows there, from the dark exposure.
-void mergeFromDark(HdrContext *context, const GhostGrid &grid, int32_t cell) {
-    const Offscreen &reduced = *context->preparation.workImages[context->preparation.midIndex];
-    const ChromaWeights &weights = context->chromaWeights;
+    /// The reference, unless another exposure is needed more and shows each thing that moved exactly once.
+    Source sourceOf(std::span<const int32_t> region) const {
+        int64_t mid = 0, dark = 0, bright = 0, clipped = 0, dim = 0, cells = 0;
+        int64_t darkOnly = 0, brightOnly = 0, both = 0;
+        for (const int32_t cell : region) {
+            darkOnly += grid.darkMoved[cell] && !grid.brightMoved[cell];
+            brightOnly += !grid.darkMoved[cell] && grid.brightMoved[cell];
+            both += grid.darkMoved[cell] && grid.brightMoved[cell];
+            if (!hasStatistics(cell))
+                continue;
+            cells++;
+            mid += grid.midWeights[cell];
+            dark += grid.darkWeights[cell];
+            bright += grid.brightWeights[cell];
+            clipped += grid.brightLuma[cell] > kBrightClipped;
+            dim += grid.darkLuma[cell] < kDarkDim;
+        }
+        if (dark > mid + bright && 10 * dim < cells && isWhole(darkOnly, brightOnly, both))
+            return Source::dark;
+        if (bright > 2 * mid && 100 * clipped < cells && isWhole(brightOnly, darkOnly, both))
+            return Source::bright;
+        return Source::reference;
+    }
+
+private:
+    /// Where a thing stands in the reference, both other exposures differ; where it stands in one of them,
+    /// that one alone does. An exposure may replace the reference when it differs nowhere, or when the
+    /// region holds both places.
+    static bool isWhole(int64_t itAlone, int64_t otherAlone, int64_t both) {
+        if (itAlone + both == 0)
+            return true;
+        return kLeastShareOfPlace * itAlone >= both && itAlone > 0 && both + otherAlone > 0;
+    }
+    bool hasStatistics(int32_t cell) const {
+        const int x = cell % grid.width, y = cell / grid.width;
+        return x >= 1 && x <= grid.lastSampledColumn && y >= 1 && y < grid.height - 1;
+    }
+
+    /// A few cells in which one exposure alone differs may be the rim of something in the reference.
+    static constexpr int64_t kLeastShareOfPlace = 4;
+
+    const GhostGrid &grid;
+};
+
+/// Lets the reduced pictures show in a cell what the dark exposure shows there, each in its own tones: the
+/// first merge mixes all of them, whatever the cell's weights are.
+void showDarkEverywhere(HdrContext *context, const GhostGrid &grid, int32_t cell) {
+    const Preparation &preparation = context->preparation;
+    const Offscreen &dark = *preparation.workImages[preparation.darkIndex];
+    const Offscreen *const others[] = {preparation.registeredImages[preparation.midIndex],
+                                       preparation.registeredImages[preparation.brightIndex],
+                                       preparation.workImages[preparation.brightIndex]};
+    const auto &midTones = context->alignment.tones[preparation.darkIndex];
     const int left = (cell % grid.width - 1) * kReducedCellSize;
     const int top = (cell / grid.width - 1) * kReducedCellSize;
-    for (int y = std::max(top, 0); y < std::min(top + kReducedCellSize, reduced.i32Height); y++)
-        for (int x = std::max(left, 0); x < std::min(left + kReducedCellSize, reduced.i32Width); x++) {
-            const int pixel = y * reduced.i32Width + x;
-            weights.chromaWeightDark[pixel] = kWholeWeight;
-            weights.chromaWeightMid[pixel] = 1; // where the dark exposure is too dim to count
-            weights.chromaWeightBright[pixel] = 0;
+    for (int y = std::max(top, 0); y < std::min(top + kReducedCellSize, dark.i32Height); y++) {
+        const auto from = rowsOfPlanes(dark, y);
+        for (int x = std::max(left, 0); x < std::min(left + kReducedCellSize, dark.i32Width); x++) {
+            const uint8_t mid = midTones[from[0][x]];
+            const uint8_t levels[] = {mid, mid, context->tables.toneMatchMidToBright[mid]};
+            for (size_t i = 0; i < 3; i++) {
+                const auto to = rowsOfPlanes(*others[i], y);
+                to[0][x] = levels[i];
+                to[1][x] = from[1][x];
+                to[2][x] = from[2][x];
+            }
         }
+    }
 }
 
 /// Takes each region in which alignment found motion from one exposure. Whether there was one.
-bool replaceMoved(HdrContext *context, const GhostGrid &grid, RegionSearch &search, GhostProposal &proposal) {
-    // Upsampled weights reach into the next cell.
-    dilateMask8(Plane<uint8_t>(grid.darkMoved, grid.width, grid.height));
-    dilateMask8(Plane<uint8_t>(grid.brightMoved, grid.width, grid.height));
-    std::transform(grid.darkMoved, grid.darkMoved + grid.width * grid.height, grid.brightMoved, grid.moved,
-                   [](uint8_t dark, uint8_t bright) { return static_cast<uint8_t>(dark | bright); });
+bool replaceMoved(HdrContext *context, const GhostGrid &grid, const KnownMotion &motion, RegionSearch &search,
+                  GhostProposal &proposal) {
     ExposureWeights &masks = context->weights;
+    const MotionJudge judge(grid);
     bool anyRegion = false;
-    search.start(grid.moved);
+    search.start(motion.either.data);
     while (search.next()) {
         anyRegion = true;
-        const Source source = mostNeeded(grid, search);
+        const Source source = judge.sourceOf(search.cells());
         for (const int32_t cell : search.cells()) {
-            if (source == Source::bright) {
-                masks.ghostMaskD[cell] = kMaskSet;
-            } else if (source == Source::dark) {
-                masks.ghostMaskB[cell] = kMaskSet;
-                mergeFromDark(context, grid, cell);
-            } else {
-                masks.ghostMaskC[cell] |= grid.brightMoved[cell];
-                grid.darkSide[cell] |= grid.darkMoved[cell];
-            }
+            masks.ghostMaskC[cell] |= motion.bright.data[cell];
+            masks.ghostMaskD[cell] = source == Source::bright ? kMaskSet : uint8_t{0};
+            masks.ghostMaskB[cell] = source == Source::dark ? kMaskSet : uint8_t{0};
+            if (source == Source::dark)
+                showDarkEverywhere(context, grid, cell);
+            if (source == Source::bright)
+                masks.ghostMaskC[cell] = 0;
+            if (source == Source::reference)
+                grid.darkSide[cell] |= motion.dark.data[cell];
         }
     }
     if (anyRegion && proposal.ghostMode == kGhostsNone)
@@ -236,17 +298,25 @@ void assignExposures(ExposureWeights &masks, const GhostGrid &grid) {
 /// before they use them.
 void addMargin(const ExposureWeights &masks, const GhostGrid &grid) {
     const int cells = grid.width * grid.height;
-    const Plane<uint8_t> grown(grid.darkMoved, grid.width, grid.height);
-    uint8_t *taken = grid.moved;
+    const auto grow = [&](uint8_t *mask) {
+        const Plane<uint8_t> plane(mask, grid.width, grid.height);
+        dilateMask8(plane);
+        dilate_mask4(plane, 1);
+    };
+    uint8_t *margin = grid.scratch[0], *ofDark = grid.scratch[1], *ofBright = grid.scratch[2];
     for (int cell = 0; cell < cells; cell++)
-        taken[cell] = masks.ghostMaskA[cell] | masks.ghostMaskB[cell] | masks.ghostMaskD[cell];
-    for (uint8_t *mask : {masks.ghostMaskA, masks.ghostMaskB, masks.ghostMaskD}) {
-        std::copy_n(mask, cells, grown.data);
-        dilateMask8(grown);
-        dilate_mask4(grown, 1);
-        for (int cell = 0; cell < cells; cell++)
-            if (grown.data[cell] && !taken[cell])
-                mask[cell] = taken[cell] = kMaskSet;
+        margin[cell] = masks.ghostMaskA[cell] | masks.ghostMaskB[cell] | masks.ghostMaskD[cell];
+    std::copy_n(masks.ghostMaskB, cells, ofDark);
+    std::copy_n(masks.ghostMaskD, cells, ofBright);
+    for (uint8_t *mask : {margin, ofDark, ofBright})
+        grow(mask);
+    for (int cell = 0; cell < cells; cell++) {
+        if (!margin[cell] || masks.ghostMaskA[cell] || masks.ghostMaskB[cell] || masks.ghostMaskD[cell])
+            continue;
+        uint8_t *mask = ofDark[cell]     ? masks.ghostMaskB
+                        : ofBright[cell] ? masks.ghostMaskD
+                                         : masks.ghostMaskA;
+        mask[cell] = kMaskSet;
     }
 }
 
@@ -289,11 +359,16 @@ GhostProposal analyse_ghost_regions(MemContext *memory, HdrContext *context, con
 
     GhostProposal proposal = {};
     clearDeepShadowRegions(grid, search);
-    joinKnownMotion(grid, search);
+    std::optional<KnownMotion> motion;
+    if (grid.darkMoved && grid.brightMoved) {
+        motion.emplace(grid);
+        motion->join(grid, search); // what it takes out of the dark side is no obstacle to the bright one
+        motion->complete();
+    }
     checkBrightExtent(context, grid, search);
     const bool brightSideFound = analyseBrightSide(context, grid, search, proposal);
     analyseDarkSide(context, grid, search, proposal);
-    const bool movedFound = replaceMoved(context, grid, search, proposal);
+    const bool movedFound = motion && replaceMoved(context, grid, *motion, search, proposal);
     if (brightSideFound || proposal.darkSideFound || movedFound) {
         assignExposures(masks, grid);
         // Beyond an empty column the frame has nothing of its own to follow either.

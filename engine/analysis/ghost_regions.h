@@ -21,9 +21,10 @@ struct GhostGrid {
     int16_t *brightWeights;
     uint8_t *darkSide;           ///< mask: the dark exposure differs from the reference
     uint8_t *brightSide;         ///< mask: the bright exposure differs from the reference
-    uint8_t *darkMoved;          ///< mask: alignment found motion in the dark exposure; overwritten
-    uint8_t *brightMoved;        ///< likewise in the bright exposure
-    uint8_t *moved;              ///< room for another mask
+    const uint8_t *darkMoved;    ///< mask: alignment found motion in the dark exposure; null where it found
+                                 ///< out nothing
+    const uint8_t *brightMoved;  ///< likewise in the bright exposure; null with the other
+    uint8_t *scratch[3];         ///< room for masks
     const uint8_t *brightExtent; ///< mask: the same by a threshold of its own, to judge how far it reaches
 };
 

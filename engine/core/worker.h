@@ -53,6 +53,23 @@ void runOnFourWorkers(std::array<Task, 4> &tasks, Run run) {
     }
 }
 
+/// One of four parts of a range of rows or other items: numbers `first` to `end` - 1.
+struct RangePart {
+    int part; ///< 0 to 3
+    int first, end;
+};
+
+/// Runs `run(part)` for each of four nearly equal parts of the range first to end - 1, on four threads.
+template <typename Run>
+void runOnFourParts(int first, int end, Run run) {
+    std::array<RangePart, 4> parts;
+    for (int i = 0; i < 4; i++) {
+        const auto boundary = [=](int64_t k) { return first + static_cast<int>((end - first) * k / 4); };
+        parts[static_cast<size_t>(i)] = {i, boundary(i), boundary(i + 1)};
+    }
+    runOnFourWorkers(parts, run);
+}
+
 /// A flag that one thread raises and one thread waits for; each signal is consumed by one wait.
 struct WorkerEvent;
 

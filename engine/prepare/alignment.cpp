@@ -24,6 +24,9 @@ constexpr int kFeatureDistance = 5;
 /// Features without which no alignment is tried.
 constexpr int kFewestFeatures = 3;
 constexpr int kTrustedMatches = 7;
+/// Share of the cells, in percent, in which things may move, and by how much each ghost suppression level
+/// lowers it.
+constexpr int kMostMoved = 90, kLessMoved = 4;
 
 /// Brings the luminance of the scratch picture to the reference's levels and makes it the input's registered
 /// picture.
@@ -66,16 +69,13 @@ HdrStatus alignWorkingPicture(MemContext *memory, HdrContext *context, int index
                          preparation.validRects[index]);
 }
 
-/// Share of the cells, in percent, in which things may move, and by how much each level lowers it.
-constexpr int kMostMoved = 65, kLessMoved = 3;
-
 /// Makes the registered picture of an aligned input one that differs from the reference only where the scene
 /// does.
 HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, const uint8_t *forward) {
     const Preparation &preparation = context->preparation;
     const Offscreen &reference = *preparation.registeredImages[preparation.midIndex];
     const Offscreen &working = *preparation.workImages[index];
-    std::array<uint8_t, kBins> tones;
+    std::array<uint8_t, kBins> &tones = context->alignment.tones[index];
     const HdrStatus status = correctTones(memory, planeOf(reference), planeOf(working),
                                           preparation.validRects[index], forward, tones);
     if (status != HDR_OK)
@@ -84,14 +84,28 @@ HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, c
     registerScratch(context, index, tones.data());
     replaceUnmeasurable(reference, working, tones.data(), *preparation.registeredImages[index]);
 
-    uint8_t *&moved = context->alignment.movedCells[index];
-    moved = allocateZeroed<uint8_t>(memory, preparation.gridPlaneSize());
-    if (!moved)
-        return HDR_ERR_NOMEM;
-    return findMovedCells(memory, planeOf(reference), planeOf(*preparation.registeredImages[index]),
-                          planeOf(working), tones.data(), preparation.validRects[index],
-                          context->ghostSuppressionLevel,
-                          Plane<uint8_t>(moved, preparation.gridWidth, preparation.gridHeight));
+    return findMovedCells(
+        memory, planeOf(reference), planeOf(*preparation.registeredImages[index]), planeOf(working),
+        tones.data(), preparation.validRects[index], context->ghostSuppressionLevel,
+        Plane<uint8_t>(context->alignment.movedCells[index], preparation.gridWidth, preparation.gridHeight));
+}
+
+/// Gives an input's registered picture the reference's luminance.
+void agreeWithReference(const Preparation &preparation, int index) {
+    const Plane<const uint8_t> reference = planeOf(*preparation.registeredImages[preparation.midIndex]);
+    const Plane<uint8_t> registered = planeOf(*preparation.registeredImages[index]);
+    for (int y = 0; y < reference.height; y++)
+        std::copy_n(reference.row(y), reference.width, registered.row(y));
+}
+
+/// Goes on without an exposure that agrees with the reference on no motion; without two there is nothing to
+/// merge.
+void leaveOut(HdrContext *context, int index) {
+    int32_t *excluded = context->ghosts.excludedInputs;
+    if (std::any_of(excluded, excluded + 3, [](int32_t flag) { return flag != 0; }))
+        context->raiseEarlyExit(HDR_ERR_ALIGN, HDR_FALLBACK_FEATURES);
+    excluded[index] = 1;
+    agreeWithReference(context->preparation, index);
 }
 
 } // namespace
@@ -160,37 +174,40 @@ HdrStatus alignInput(MemContext *memory, HdrContext *context, int index, Progres
     if (status != HDR_OK)
         return status;
     registerScratch(context, index, forward);
-    status = HDR_ERR_ALIGN;
-    if (context->alignment.featureCount >= kFewestFeatures)
-        status = alignWorkingPicture(memory, context, index, forward, callback);
-    if (status == HDR_ERR_ALIGN) {
+    uint8_t *&moved = context->alignment.movedCells[index];
+    moved = allocateZeroed<uint8_t>(memory, context->preparation.gridPlaneSize());
+    if (!moved)
+        return HDR_ERR_NOMEM;
+    if (context->alignment.featureCount < kFewestFeatures) {
         context->raiseEarlyExit(HDR_ERR_ALIGN, HDR_FALLBACK_FEATURES);
+        return HDR_OK;
+    }
+    status = alignWorkingPicture(memory, context, index, forward, callback);
+    if (status == HDR_ERR_ALIGN) {
+        leaveOut(context, index);
         return HDR_OK;
     }
     return status == HDR_OK ? finishRegistered(memory, context, index, forward) : status;
 }
 
-void settleMotion(MemContext *memory, HdrContext *context) {
-    Preparation &preparation = context->preparation;
-    uint8_t *&dark = context->alignment.movedCells[preparation.darkIndex];
-    uint8_t *&bright = context->alignment.movedCells[preparation.brightIndex];
+void settleMotion(HdrContext *context) {
+    const Preparation &preparation = context->preparation;
+    const uint8_t *dark = context->alignment.movedCells[preparation.darkIndex];
+    const uint8_t *bright = context->alignment.movedCells[preparation.brightIndex];
     if (!dark || !bright)
         return;
-    int64_t cells = 0;
-    for (size_t i = 0; i < preparation.gridPlaneSize(); i++)
+    int64_t darkCells = 0, brightCells = 0, cells = 0;
+    for (size_t i = 0; i < preparation.gridPlaneSize(); i++) {
+        darkCells += dark[i] != 0;
+        brightCells += bright[i] != 0;
         cells += dark[i] || bright[i];
+    }
     const int64_t allCells = int64_t{preparation.gridColumns} * preparation.gridRows;
-    if (100 * cells > allCells * (kMostMoved - kLessMoved * context->ghostSuppressionLevel)) {
-        releaseArray(memory, dark);
-        releaseArray(memory, bright);
-        return;
-    }
-    const Plane<const uint8_t> reference = planeOf(*preparation.registeredImages[preparation.midIndex]);
-    for (int index : {preparation.darkIndex, preparation.brightIndex}) {
-        const Plane<uint8_t> registered = planeOf(*preparation.registeredImages[index]);
-        for (int y = 0; y < reference.height; y++)
-            std::copy_n(reference.row(y), reference.width, registered.row(y));
-    }
+    if (100 * cells > allCells * (kMostMoved - kLessMoved * context->ghostSuppressionLevel))
+        context->raiseEarlyExit(HDR_ERR_SHIFT, darkCells > brightCells ? HDR_FALLBACK_DARK_MOTION
+                                                                       : HDR_FALLBACK_BRIGHT_MOTION);
+    agreeWithReference(preparation, preparation.darkIndex);
+    agreeWithReference(preparation, preparation.brightIndex);
 }
 
 void Alignment::release(MemContext *memory) {

@@ -4,6 +4,7 @@
 
 #include "engine/core/offscreen.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -40,8 +41,10 @@ struct Alignment {
                            ///< where there is no match), and 1 where the match follows the input's motion,
                            ///< else 0
 
+    std::array<uint8_t, 256>
+        tones[3];           ///< per input: luminance of its working picture in the reference's tones
     uint8_t *movedCells[3]; ///< per input, mask of the framed analysis grid: where it shows something else
-                            ///< than the reference; null where the registered picture tells that
+                            ///< than the reference; null for the reference and when nothing was aligned
 
     void release(MemContext *memory);
 };
@@ -62,14 +65,14 @@ void releaseFeatureGrid(MemContext *memory, HdrContext *context);
 ///
 /// alignmentMode becomes 3, 2 or 1 with the kind of motion: a homography, a similarity or at most a shift.
 /// Adds 1 to the run's progress after each batch of blocks, at most 20 times, and calls the callback with
-/// null user data. Fewer than 3 features, or exposures that agree on no motion, end in earlyExitCode
-/// HDR_ERR_ALIGN with nothing moved. 0, HDR_ERR_NOMEM or HDR_CANCELLED.
+/// null user data. An exposure that agrees with the reference on no motion is left out (GhostDecision); two
+/// of them, or fewer than 3 features, end in earlyExitCode HDR_ERR_ALIGN with nothing moved. 0, HDR_ERR_NOMEM
+/// or HDR_CANCELLED.
 HdrStatus alignInput(MemContext *memory, HdrContext *context, int index, ProgressCallback callback);
 
-/// Decides, when both exposures are aligned, how motion is told to ghost detection. Where things moved in so
-/// little of the picture that each can be taken from one exposure, movedCells tells and the registered
-/// pictures take the reference's luminance. Otherwise movedCells is released, and the registered pictures
-/// show that the exposures do not belong together. The share allowed falls with the ghost suppression level.
-void settleMotion(MemContext *memory, HdrContext *context);
+/// Concludes when both exposures are aligned: movedCells tell where things moved, and the registered pictures
+/// take the reference's luminance. Motion in most of the picture ends in earlyExitCode HDR_ERR_SHIFT, the
+/// sooner the higher the ghost suppression level is.
+void settleMotion(HdrContext *context);
 
 } // namespace hdr

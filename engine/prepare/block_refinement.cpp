@@ -22,6 +22,8 @@ constexpr int kBlockReach = 3;
 constexpr int kSamples = kBlockSide * kBlockSide;
 /// Samples that are resampled with one displacement.
 constexpr int kGroup = 8;
+/// Products of two luminances, in sixteenths of a level, whose sum fits 32 bits: 128 x (16 x 255)^2.
+constexpr size_t kSummed = 128;
 /// Room around a block for its reach, for a turned or stretched block, and for interpolation.
 constexpr int kMargin = kBlockReach + 5;
 constexpr int kAreaSide = kBlockSide + 2 * kMargin;
@@ -42,6 +44,13 @@ constexpr double kSamplesPerMeasurement = 6;
 /// little otherwise than any global motion does.
 constexpr double kSystematicError = 0.25;
 
+/// -1 where a sample is measured, else 0.
+template <size_t Count>
+void markMeasured(const std::array<uint8_t, Count> &samples, std::array<int16_t, Count> &marks) {
+    for (size_t i = 0; i < Count; i++)
+        marks[i] = isMeasured(samples[i]) ? -1 : 0;
+}
+
 /// What the reference shows in a block: luminance in sixteenths of a level, its gradient, and -1 where it is
 /// measured (else 0).
 struct Template {
@@ -50,17 +59,21 @@ struct Template {
     void load(const LumaPyramid &picture, int level, int x, int y) {
         constexpr int side = kBlockSide + 2;
         std::array<uint8_t, side * side> samples;
+        std::array<int16_t, side * side> known;
         picture.read(level, x - 1, y - 1, side, side, samples.data());
-        size_t to = 0;
-        for (int row = 1; row <= kBlockSide; row++) {
-            for (int column = 1; column <= kBlockSide; column++, to++) {
-                const uint8_t *at = samples.data() + row * side + column;
-                luma[to] = static_cast<int16_t>(kSteps * at[0]);
-                gradientX[to] = static_cast<int16_t>(kSteps / 2 * (at[1] - at[-1]));
-                gradientY[to] = static_cast<int16_t>(kSteps / 2 * (at[side] - at[-side]));
-                const bool known = isMeasured(at[0]) && isMeasured(at[1]) && isMeasured(at[-1]) &&
-                                   isMeasured(at[side]) && isMeasured(at[-side]);
-                measured[to] = known ? -1 : 0;
+        markMeasured(samples, known);
+        for (int row = 0; row < kBlockSide; row++) {
+            const uint8_t *above = samples.data() + row * side + 1, *here = above + side,
+                          *below = here + side;
+            const int16_t *knownAbove = known.data() + row * side + 1, *knownHere = knownAbove + side,
+                          *knownBelow = knownHere + side;
+            for (int column = 0; column < kBlockSide; column++) {
+                const size_t to = static_cast<size_t>(row * kBlockSide + column);
+                luma[to] = static_cast<int16_t>(kSteps * here[column]);
+                gradientX[to] = static_cast<int16_t>(kSteps / 2 * (here[column + 1] - here[column - 1]));
+                gradientY[to] = static_cast<int16_t>(kSteps / 2 * (below[column] - above[column]));
+                measured[to] = knownHere[column] & knownHere[column - 1] & knownHere[column + 1] &
+                               knownAbove[column] & knownBelow[column];
             }
         }
     }
@@ -69,20 +82,36 @@ struct Template {
 /// The surroundings of the place where a block is expected in the other exposure.
 struct Surroundings {
     std::array<uint8_t, kAreaSide * kAreaSide> samples;
-    std::array<uint8_t, kAreaSide * kAreaSide>
-        interpolable; ///< 1 where a sample and its three followers are measured
+    std::array<int16_t, kAreaSide * kAreaSide>
+        interpolable; ///< -1 where a sample and its three followers are measured, else 0
 
     void load(const LumaPyramid &picture, int level, int x, int y) {
         picture.read(level, x, y, kAreaSide, kAreaSide, samples.data());
-        std::array<uint8_t, kAreaSide * kAreaSide> known;
-        for (size_t i = 0; i < known.size(); i++)
-            known[i] = isMeasured(samples[i]);
+        std::array<int16_t, kAreaSide * kAreaSide> known;
+        markMeasured(samples, known);
         interpolable.fill(0);
         constexpr size_t below = kAreaSide;
         for (size_t i = 0; i + below + 1 < known.size(); i++)
             interpolable[i] = known[i] & known[i + 1] & known[i + below] & known[i + below + 1];
     }
 };
+
+/// Bilinear samples in sixteenths of a level, `fx` and `fy` sixteenths right of and below those of an area.
+void interpolateGroup(const uint8_t *upper, int fx, int fy, int16_t *__restrict values) {
+    const uint8_t *lower = upper + kAreaSide;
+    // Everything fits 16 bits, 255 x 16 x 16, so that the compiler can work on eight samples at once, if it
+    // does not unroll the loop first.
+    const uint16_t upperLeft = static_cast<uint16_t>((kSteps - fx) * (kSteps - fy));
+    const uint16_t upperRight = static_cast<uint16_t>(fx * (kSteps - fy));
+    const uint16_t lowerLeft = static_cast<uint16_t>((kSteps - fx) * fy);
+    const uint16_t lowerRight = static_cast<uint16_t>(fx * fy);
+#pragma GCC unroll 1
+    for (size_t i = 0; i < kGroup; i++) {
+        const uint16_t sum = static_cast<uint16_t>(upper[i] * upperLeft + upper[i + 1] * upperRight +
+                                                   lower[i] * lowerLeft + lower[i + 1] * lowerRight);
+        values[i] = static_cast<int16_t>(sum / kSteps);
+    }
+}
 
 /// The other exposure's samples under the current guess, as Template has them.
 struct Resampled {
@@ -110,31 +139,13 @@ struct Resampled {
                 if (x16 < 0 || y16 < 0 || x16 / kSteps + kGroup + 1 > kAreaSide ||
                     y16 / kSteps + 2 > kAreaSide)
                     return false;
-                interpolate(area, x16, y16, static_cast<size_t>(row * kBlockSide + column));
+                const size_t to = static_cast<size_t>(row * kBlockSide + column);
+                const size_t from = static_cast<size_t>(y16 / kSteps * kAreaSide + x16 / kSteps);
+                interpolateGroup(area.samples.data() + from, x16 % kSteps, y16 % kSteps, luma.data() + to);
+                std::copy_n(area.interpolable.data() + from, kGroup, measured.data() + to);
             }
         }
         return true;
-    }
-
-private:
-    void interpolate(const Surroundings &area, int x16, int y16, size_t to) {
-        const size_t from = static_cast<size_t>(y16 / kSteps * kAreaSide + x16 / kSteps);
-        const uint8_t *upper = area.samples.data() + from;
-        const uint8_t *lower = upper + kAreaSide;
-        // Everything fits 16 bits: 255 x 16 x 16. Local arrays let the compiler work on eight samples at
-        // once.
-        const uint16_t fx = static_cast<uint16_t>(x16 % kSteps), fy = static_cast<uint16_t>(y16 % kSteps);
-        std::array<uint16_t, kGroup + 1> column;
-        for (size_t i = 0; i <= kGroup; i++)
-            column[i] = static_cast<uint16_t>(upper[i] * (kSteps - fy) + lower[i] * fy);
-        std::array<int16_t, kGroup> value, known;
-        for (size_t i = 0; i < kGroup; i++) {
-            const uint16_t sum = static_cast<uint16_t>(column[i] * (kSteps - fx) + column[i + 1] * fx);
-            value[i] = static_cast<int16_t>(sum / kSteps);
-            known[i] = static_cast<int16_t>(-area.interpolable[from + i]);
-        }
-        std::copy(value.begin(), value.end(), luma.begin() + static_cast<ptrdiff_t>(to));
-        std::copy(known.begin(), known.end(), measured.begin() + static_cast<ptrdiff_t>(to));
     }
 };
 
@@ -145,41 +156,33 @@ struct Moments {
     double tt = 0, to = 0, oo = 0, xt = 0, yt = 0, xo = 0, yo = 0, xx = 0, xy = 0, yy = 0;
 
     Moments(const Template &block, const Resampled &other) {
-        int64_t shared = 0, sumT = 0, sumO = 0, sumX = 0, sumY = 0;
-        std::array<int64_t, 10> sums{};
-        for (size_t row = 0; row < kSamples; row += kBlockSide) {
-            int32_t rowShared = 0, rowT = 0, rowO = 0, rowX = 0, rowY = 0;
-            for (size_t i = row; i < row + kBlockSide; i++) {
-                const int16_t mask = block.measured[i] & other.measured[i];
-                rowShared -= mask;
-                rowT += block.luma[i] & mask;
-                rowO += other.luma[i] & mask;
-                rowX += block.gradientX[i] & mask;
-                rowY += block.gradientY[i] & mask;
-            }
-            shared += rowShared;
-            sumT += rowT;
-            sumO += rowO;
-            sumX += rowX;
-            sumY += rowY;
+        int32_t shared = 0, sumT = 0, sumO = 0, sumX = 0, sumY = 0;
+        for (size_t i = 0; i < kSamples; i++) {
+            const int16_t mask = block.measured[i] & other.measured[i];
+            shared -= mask;
+            sumT += block.luma[i] & mask;
+            sumO += other.luma[i] & mask;
+            sumX += block.gradientX[i] & mask;
+            sumY += block.gradientY[i] & mask;
         }
         if (shared == 0)
             return;
         const int16_t meanT = static_cast<int16_t>(sumT / shared),
                       meanO = static_cast<int16_t>(sumO / shared);
-        for (size_t row = 0; row < kSamples; row += kBlockSide) {
-            std::array<int16_t, kBlockSide> t, o, x, y;
-            for (size_t i = 0; i < kBlockSide; i++) {
-                const int16_t mask = block.measured[row + i] & other.measured[row + i];
-                t[i] = static_cast<int16_t>((block.luma[row + i] - meanT) & mask);
-                o[i] = static_cast<int16_t>((other.luma[row + i] - meanO) & mask);
-                x[i] = static_cast<int16_t>(block.gradientX[row + i] & mask);
-                y[i] = static_cast<int16_t>(block.gradientY[row + i] & mask);
+        std::array<int64_t, 10> sums{};
+        for (size_t first = 0; first < kSamples; first += kSummed) {
+            std::array<int16_t, kSummed> t, o, x, y;
+            for (size_t i = 0; i < kSummed; i++) {
+                const int16_t mask = block.measured[first + i] & other.measured[first + i];
+                t[i] = static_cast<int16_t>((block.luma[first + i] - meanT) & mask);
+                o[i] = static_cast<int16_t>((other.luma[first + i] - meanO) & mask);
+                x[i] = static_cast<int16_t>(block.gradientX[first + i] & mask);
+                y[i] = static_cast<int16_t>(block.gradientY[first + i] & mask);
             }
-            const auto dot = [](const std::array<int16_t, kBlockSide> &a,
-                                const std::array<int16_t, kBlockSide> &b) {
+            const auto dot = [](const std::array<int16_t, kSummed> &a,
+                                const std::array<int16_t, kSummed> &b) {
                 int32_t sum = 0;
-                for (size_t i = 0; i < kBlockSide; i++)
+                for (size_t i = 0; i < kSummed; i++)
                     sum += a[i] * b[i];
                 return sum;
             };
@@ -319,13 +322,7 @@ BlockLayout::BlockLayout(int width, int height) : width(width), height(height) {
 void measureBlocks(const LumaPyramid &reference, const LumaPyramid &other, const BlockLayout &layout,
                    int first, int end, int level, const WarpField &expected, const uint8_t *wanted,
                    Observation *observations) {
-    struct Part {
-        int first, end;
-    };
-    std::array<Part, 4> parts;
-    for (int i = 0; i < 4; i++)
-        parts[static_cast<size_t>(i)] = {first + (end - first) * i / 4, first + (end - first) * (i + 1) / 4};
-    runOnFourWorkers(parts, [&](const Part &part) {
+    runOnFourParts(first, end, [&](const RangePart &part) {
         for (int block = part.first; block < part.end; block++)
             if (wanted[block])
                 observations[block] = measureBlock(reference, other, layout, block, level, expected);

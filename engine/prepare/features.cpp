@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "engine/prepare/features.h"
 
+#include "engine/core/worker.h"
 #include "engine/prepare/preparation.h"
 
 #include <algorithm>
@@ -78,32 +79,13 @@ public:
 
     /// False when there is no memory.
     bool measure(MemContext *memory) {
-        auto columnSums = Buffer<Tensor>::zeroed(memory, static_cast<size_t>(luma.width));
+        const size_t width = static_cast<size_t>(luma.width);
+        auto columnSums = Buffer<Tensor>::zeroed(memory, 4 * width);
         if (!columnSums)
             return false;
-        // Sums over the window's rows slide down, sums over its columns slide right. There is no gradient on
-        // the frame.
-        const auto addRow = [&](int y, int sign) {
-            if (y < 1 || y >= luma.height - 1)
-                return;
-            for (int x = 1; x < luma.width - 1; x++)
-                columnSums[static_cast<size_t>(x)].add(tensorAt(luma, x, y), sign);
-        };
-        for (int y = 0; y < kTensorRadius; y++)
-            addRow(y, 1);
-        for (int y = 0; y < luma.height; y++) {
-            addRow(y + kTensorRadius, 1);
-            addRow(y - kTensorRadius - 1, -1);
-            Tensor window;
-            for (int x = -kTensorRadius; x < luma.width; x++) {
-                if (x + kTensorRadius < luma.width)
-                    window.add(columnSums[static_cast<size_t>(x + kTensorRadius)], 1);
-                if (x - kTensorRadius - 1 >= 0)
-                    window.add(columnSums[static_cast<size_t>(x - kTensorRadius - 1)], -1);
-                if (x >= 0)
-                    strengths[index(x, y)] = static_cast<float>(window.smallerEigenvalue());
-            }
-        }
+        runOnFourParts(0, luma.height, [&](const RangePart &rows) {
+            measureRows(rows.first, rows.end, columnSums.data() + static_cast<size_t>(rows.part) * width);
+        });
         return true;
     }
 
@@ -125,6 +107,34 @@ public:
     }
 
 private:
+    /// Sums over the window's rows slide down in `columnSums` (zero at first), sums over its columns slide
+    /// right.
+    void measureRows(int firstRow, int endRow, Tensor *columnSums) {
+        // There is no gradient on the frame.
+        const auto addRow = [&](int y, int sign) {
+            if (y < 1 || y >= luma.height - 1)
+                return;
+            for (int x = 1; x < luma.width - 1; x++)
+                columnSums[x].add(tensorAt(luma, x, y), sign);
+        };
+        for (int y = firstRow - kTensorRadius; y < firstRow + kTensorRadius; y++)
+            addRow(y, 1);
+        for (int y = firstRow; y < endRow; y++) {
+            addRow(y + kTensorRadius, 1);
+            if (y > firstRow)
+                addRow(y - kTensorRadius - 1, -1);
+            Tensor window;
+            for (int x = -kTensorRadius; x < luma.width; x++) {
+                if (x + kTensorRadius < luma.width)
+                    window.add(columnSums[x + kTensorRadius], 1);
+                if (x - kTensorRadius - 1 >= 0)
+                    window.add(columnSums[x - kTensorRadius - 1], -1);
+                if (x >= 0)
+                    strengths[index(x, y)] = static_cast<float>(window.smallerEigenvalue());
+            }
+        }
+    }
+
     size_t index(int x, int y) const {
         return static_cast<size_t>(y) * static_cast<size_t>(luma.width) + static_cast<size_t>(x);
     }
@@ -272,6 +282,36 @@ int nearest(double value) {
     return static_cast<int>(std::floor(value + 0.5));
 }
 
+/// Looks for what the reference shows at a full-resolution position.
+std::optional<Observation> matchFeature(const LumaPyramid &reference, const LumaPyramid &other, Vector full,
+                                        const Motion &expected, int level, int radius) {
+    const double size = 1 << level;
+    const double offset = (size - 1) / 2;
+    const auto toLevel = [&](double at) { return (at - offset) / size; };
+    const int x = nearest(toLevel(full.x)), y = nearest(toLevel(full.y));
+    const Vector position = {x * size + offset, y * size + offset};
+    const Vector target = position - expected.displacement(position);
+    const int targetX = nearest(toLevel(target.x)), targetY = nearest(toLevel(target.y));
+    Patch patch;
+    SearchArea area;
+    if (!patch.load(reference, level, x, y))
+        return std::nullopt;
+    area.load(other, level, targetX, targetY, radius);
+    const auto there = findPeak(patch, area, radius);
+    if (!there)
+        return std::nullopt;
+    const int foundX = targetX + nearest(there->x), foundY = targetY + nearest(there->y);
+    if (!patch.load(other, level, foundX, foundY))
+        return std::nullopt;
+    area.load(reference, level, x, y, radius);
+    const auto back = findPeak(patch, area, radius);
+    if (!back || std::abs(back->x) > kLargestReturnError || std::abs(back->y) > kLargestReturnError)
+        return std::nullopt;
+    const double certainty = 1 / (kMatchDeviation * size * kMatchDeviation * size);
+    const Vector displacement = {(x - targetX - there->x) * size, (y - targetY - there->y) * size};
+    return Observation{position, displacement, {certainty, 0, certainty}};
+}
+
 } // namespace
 
 HdrStatus findCorners(MemContext *memory, Plane<const uint8_t> luma, int columns, int rows, int distance,
@@ -311,42 +351,22 @@ HdrStatus findCorners(MemContext *memory, Plane<const uint8_t> luma, int columns
 
 int matchFeatures(const FeatureGrid &grid, const LumaPyramid &other, const Motion &expected, int level,
                   int radius, std::array<FeatureMatch, kFeatureCapacity> &matches) {
-    const double size = 1 << level;
-    const double offset = (size - 1) / 2;
-    const auto toLevel = [&](double full) { return (full - offset) / size; };
     assert(radius <= kLargestRadius);
+    std::array<std::optional<Observation>, kFeatureCapacity> found;
+    runOnFourParts(0, grid.count, [&](const RangePart &part) {
+        for (size_t i = static_cast<size_t>(part.first); i < static_cast<size_t>(part.end); i++)
+            found[i] =
+                matchFeature(grid.reference, other, fullPosition(grid.features[i]), expected, level, radius);
+    });
     int count = 0;
-    Patch patch;
-    SearchArea area;
-    for (int i = 0; i < grid.count; i++) {
-        const Vector full = fullPosition(grid.features[static_cast<size_t>(i)]);
-        const int x = nearest(toLevel(full.x)), y = nearest(toLevel(full.y));
-        const Vector position = {x * size + offset, y * size + offset};
-        const Vector target = position - expected.displacement(position);
-        const int targetX = nearest(toLevel(target.x)), targetY = nearest(toLevel(target.y));
-        if (!patch.load(grid.reference, level, x, y))
-            continue;
-        area.load(other, level, targetX, targetY, radius);
-        const auto there = findPeak(patch, area, radius);
-        if (!there)
-            continue;
-        const int foundX = targetX + nearest(there->x), foundY = targetY + nearest(there->y);
-        if (!patch.load(other, level, foundX, foundY))
-            continue;
-        area.load(grid.reference, level, x, y, radius);
-        const auto back = findPeak(patch, area, radius);
-        if (!back || std::abs(back->x) > kLargestReturnError || std::abs(back->y) > kLargestReturnError)
-            continue;
-        const double certainty = 1 / (kMatchDeviation * size * kMatchDeviation * size);
-        const Vector displacement = {(x - targetX - there->x) * size, (y - targetY - there->y) * size};
-        matches[static_cast<size_t>(count++)] = {i, {position, displacement, {certainty, 0, certainty}}};
-    }
+    for (int i = 0; i < grid.count; i++)
+        if (const auto &observation = found[static_cast<size_t>(i)])
+            matches[static_cast<size_t>(count++)] = {i, *observation};
     return count;
 }
 
 Vector fullPosition(Vector reducedPixel) {
-    constexpr double kCentre = 3; ///< of the lattice of samples in a block, nearly
-    return {kReduction * reducedPixel.x + kCentre, kReduction * reducedPixel.y + kCentre};
+    return {kReduction * reducedPixel.x + kReducedCentre, kReduction * reducedPixel.y + kReducedCentre};
 }
 
 } // namespace hdr

@@ -20,7 +20,7 @@ struct FeatureGrid {
 /// Finds up to `capacity` corners (Shi and Tomasi 1994) in a luminance plane, at least `distance` pixels from
 /// each other, spread over `columns` x `rows` cells (at most 64): first each cell's share of the capacity,
 /// then the strongest of the rest, then points beside them. `features` receives
-/// them in pixels of the plane, `count` their number. 0 or HDR_ERR_NOMEM.
+/// them in pixels of the plane, `count` their number. Works on four threads. 0 or HDR_ERR_NOMEM.
 HdrStatus findCorners(MemContext *memory, Plane<const uint8_t> luma, int columns, int rows, int distance,
                       int capacity, Vector *features, int &count);
 
@@ -32,9 +32,13 @@ struct FeatureMatch {
 
 /// Looks for the reference's features in another exposure by the correlation of patches at one level of
 /// resolution, up to `radius` of its pixels around where `expected` sees them. Only matches that are clearly
-/// the best in their neighbourhood and lead back to their feature count. Returns their number.
+/// the best in their neighbourhood and lead back to their feature count. Works on four threads. Returns their
+/// number.
 int matchFeatures(const FeatureGrid &grid, const LumaPyramid &other, const Motion &expected, int level,
                   int radius, std::array<FeatureMatch, kFeatureCapacity> &matches);
+
+/// Where the samples of a reduced pixel are centred in its block, nearly.
+inline constexpr int kReducedCentre = 3;
 
 /// The full-resolution position that a reduced pixel's samples are centred on.
 Vector fullPosition(Vector reducedPixel);

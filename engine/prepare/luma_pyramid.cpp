@@ -23,53 +23,63 @@ const uint8_t *lumaRow(const Offscreen &picture, int y) {
     return picture.ppu8Plane[0] + static_cast<ptrdiff_t>(y) * picture.pi32Pitch[0];
 }
 
-/// Adds a row's samples to `sums`.
-template <int Step>
-void addRow(const uint8_t *row, int count, uint16_t *sums) {
-    for (int x = 0; x < count; x++)
-        sums[x] = static_cast<uint16_t>(sums[x] + row[Step * x]);
+/// Sums `Size` rows of samples that are `Step` bytes apart, column by column.
+template <int Size, int Step>
+void sumRows(const uint8_t *samples, ptrdiff_t pitch, int count, uint16_t *__restrict sums) {
+    for (int x = 0; x < count; x++) {
+        uint16_t sum = 0;
+        for (int row = 0; row < Size; row++)
+            sum = static_cast<uint16_t>(sum + samples[row * pitch + Step * x]);
+        sums[x] = sum;
+    }
 }
 
-/// Means of `size` x `size` pixels in comparison tones, for `count` blocks of the picture from pixel (x, y)
-/// on. `sums` has room for a row of the blocks' pixels.
+/// Means of Size x Size pixels in comparison tones, for `count` blocks of the picture from pixel (x, y) on.
+/// `sums` has room for a row of the blocks' pixels.
+template <int Size>
+void averageBlocksOf(const Offscreen &picture, const ComparisonTones &tones, int x, int y, int count,
+                     uint16_t *sums, uint8_t *means) {
+    const int step = lumaStep(picture);
+    const uint8_t *samples = lumaRow(picture, y) + static_cast<ptrdiff_t>(x) * step;
+    const auto sumAll = step == 2 ? sumRows<Size, 2> : sumRows<Size, 1>;
+    sumAll(samples, picture.pi32Pitch[0], count * Size, sums);
+    for (int i = 0; i < count; i++, sums += Size) {
+        uint32_t sum = 0;
+        for (int k = 0; k < Size; k++)
+            sum += sums[k];
+        means[i] = tones[4 * sum / (Size * Size)];
+    }
+}
+
+/// The same for blocks of 2^level x 2^level pixels.
 void averageBlocks(const Offscreen &picture, const ComparisonTones &tones, int level, int x, int y, int count,
                    uint16_t *sums, uint8_t *means) {
-    const int size = 1 << level;
-    const int pixels = count << level;
-    const int step = lumaStep(picture);
     if (level == 0) {
+        const int step = lumaStep(picture);
         const uint8_t *samples = lumaRow(picture, y) + static_cast<ptrdiff_t>(x) * step;
         for (int i = 0; i < count; i++)
             means[i] = tones[4 * static_cast<size_t>(samples[i * step])];
         return;
     }
-    std::fill_n(sums, pixels, uint16_t{0});
-    for (int row = y; row < y + size; row++) {
-        const uint8_t *samples = lumaRow(picture, row) + static_cast<ptrdiff_t>(x) * step;
-        if (step == 2)
-            addRow<2>(samples, pixels, sums);
-        else
-            addRow<1>(samples, pixels, sums);
-    }
-    for (int i = 0; i < count; i++) {
-        uint32_t sum = 0;
-        for (int k = 0; k < size; k++)
-            sum += sums[(i << level) + k];
-        means[i] = tones[(4 * sum) >> (2 * level)];
-    }
+    constexpr std::array average = {averageBlocksOf<2>,  averageBlocksOf<4>,  averageBlocksOf<8>,
+                                    averageBlocksOf<16>, averageBlocksOf<32>, averageBlocksOf<64>};
+    assert(level <= static_cast<int>(average.size()));
+    average[static_cast<size_t>(level - 1)](picture, tones, x, y, count, sums, means);
 }
 
-/// The mean of four samples; crushed or clipped when most of them are.
-uint8_t reduceFour(const uint8_t *upper, const uint8_t *lower) {
-    const auto countOf = [&](uint8_t level) {
-        return (upper[0] == level) + (upper[1] == level) + (lower[0] == level) + (lower[1] == level);
-    };
-    const int mean = (upper[0] + upper[1] + lower[0] + lower[1] + 2) >> 2;
-    if (countOf(kCrushed) >= 3)
-        return kCrushed;
-    if (countOf(kClipped) >= 3)
-        return kClipped;
-    return static_cast<uint8_t>(std::clamp<int>(mean, kCrushed + 1, kClipped - 1));
+/// Means of 2 x 2 samples of two rows; crushed or clipped where most of the four are.
+void halveRows(const uint8_t *upper, const uint8_t *lower, int count, uint8_t *__restrict means) {
+    for (int x = 0; x < count; x++) {
+        const int16_t a = upper[2 * x], b = upper[2 * x + 1], c = lower[2 * x], d = lower[2 * x + 1];
+        const int16_t mean = static_cast<int16_t>((a + b + c + d + 2) >> 2);
+        const int16_t crushed =
+            static_cast<int16_t>((a == kCrushed) + (b == kCrushed) + (c == kCrushed) + (d == kCrushed));
+        const int16_t clipped =
+            static_cast<int16_t>((a == kClipped) + (b == kClipped) + (c == kClipped) + (d == kClipped));
+        const int16_t between = std::clamp<int16_t>(mean, kCrushed + 1, kClipped - 1);
+        const int16_t bright = clipped >= 3 ? int16_t{kClipped} : between;
+        means[x] = static_cast<uint8_t>(crushed >= 3 ? int16_t{kCrushed} : bright);
+    }
 }
 
 } // namespace
@@ -104,8 +114,7 @@ HdrStatus LumaPyramid::build(MemContext *memory, const Offscreen &picture,
         last++;
     for (int k = finest; k <= last; k++) {
         Buffer<uint8_t> &buffer = levels[static_cast<size_t>(k - finest)];
-        buffer =
-            Buffer<uint8_t>::zeroed(memory, static_cast<size_t>(width(k)) * static_cast<size_t>(height(k)));
+        buffer = Buffer<uint8_t>(memory, static_cast<size_t>(width(k)) * static_cast<size_t>(height(k)));
         if (!buffer)
             return HDR_ERR_NOMEM;
     }
@@ -114,34 +123,22 @@ HdrStatus LumaPyramid::build(MemContext *memory, const Offscreen &picture,
     Buffer<uint16_t> sums(memory, 4 * rowPixels);
     if (!sums)
         return HDR_ERR_NOMEM;
-    struct Stripe {
-        int firstRow, endRow;
-        uint16_t *sums;
-    };
-    std::array<Stripe, 4> stripes;
-    for (int i = 0; i < 4; i++)
-        stripes[static_cast<size_t>(i)] = {height(finest) * i / 4, height(finest) * (i + 1) / 4,
-                                           sums.data() + static_cast<size_t>(i) * rowPixels};
-    runOnFourWorkers(
-        stripes, [this](Stripe &stripe) { buildFinestRows(stripe.firstRow, stripe.endRow, stripe.sums); });
+    runOnFourParts(0, height(finest), [&](const RangePart &rows) {
+        uint16_t *ownSums = sums.data() + static_cast<size_t>(rows.part) * rowPixels;
+        for (int y = rows.first; y < rows.end; y++)
+            averageBlocks(source, tones, finest, 0, y << finest, width(finest), ownSums,
+                          levels[0].data() + static_cast<ptrdiff_t>(y) * width(finest));
+    });
 
     for (int k = finest + 1; k <= last; k++) {
         const Plane<const uint8_t> fine = level(k - 1);
         uint8_t *coarse = levels[static_cast<size_t>(k - finest)].data();
         for (int y = 0; y < height(k); y++) {
-            const uint8_t *upper = fine.row(2 * y);
-            const uint8_t *lower = fine.row(2 * y + 1);
-            for (int x = 0; x < width(k); x++)
-                *coarse++ = reduceFour(upper + 2 * x, lower + 2 * x);
+            halveRows(fine.row(2 * y), fine.row(2 * y + 1), width(k), coarse);
+            coarse += width(k);
         }
     }
     return HDR_OK;
-}
-
-void LumaPyramid::buildFinestRows(int firstRow, int endRow, uint16_t *sums) {
-    for (int y = firstRow; y < endRow; y++)
-        averageBlocks(source, tones, finest, 0, y << finest, width(finest), sums,
-                      levels[0].data() + static_cast<ptrdiff_t>(y) * width(finest));
 }
 
 int LumaPyramid::levelOfSide(int side) const {

@@ -51,8 +51,6 @@ public:
 private:
     static constexpr int kMostLevels = 12;
 
-    void buildFinestRows(int firstRow, int endRow, uint16_t *sums);
-
     Offscreen source{};
     ComparisonTones tones{};
     int finest = 0;

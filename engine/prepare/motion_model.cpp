@@ -14,6 +14,8 @@ constexpr size_t kMostUnknowns = 8;
 constexpr int kRounds = 12;
 /// Pairs of observations nearer to each other than this share of the half diagonal determine no similarity.
 constexpr double kShortestBase = 0.2;
+/// Pairs in which a consensus is looked for, at most; of more only some, spread evenly, are tried.
+constexpr size_t kMostPairs = 1500;
 /// Bounds on what a hand does between two shots.
 constexpr double kLargestScaleChange = 0.08;
 constexpr double kLargestRotation = 0.2;
@@ -204,10 +206,11 @@ Motion fitMotion(MotionKind kind, const Motion &start, const Observation *observ
     return motion;
 }
 
-double unexplained(const Motion &motion, const Observation *observations, size_t count, double tolerance) {
+double unexplained(const Motion &motion, const Observation *observations, size_t count, double tolerance,
+                   double enough) {
     const double limit = tolerance * tolerance;
     double sum = 0;
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count && sum < enough; i++)
         sum += std::min(
             observations[i].squaredDeviation(motion.displacement(observations[i].position)) / limit, 1.0);
     return sum;
@@ -244,8 +247,12 @@ Motion consensusSimilarity(const Motion &start, const Observation *observations,
     Motion best = start;
     double left = unexplained(start, observations, count, tolerance);
     const double shortest = kShortestBase * std::sqrt(start.landmarks()[0].squaredLength());
+    const size_t step = count * count / 2 / kMostPairs + 1;
+    size_t pair = 0;
     for (size_t i = 0; i < count; i++) {
         for (size_t k = i + 1; k < count; k++) {
+            if (pair++ % step != 0)
+                continue;
             const Vector base = observations[k].position - observations[i].position;
             if (base.squaredLength() < shortest * shortest)
                 continue;
@@ -255,7 +262,7 @@ Motion consensusSimilarity(const Motion &start, const Observation *observations,
             const Motion motion = fit.solve();
             if (!motion.plausible())
                 continue;
-            const double unexplainedByIt = unexplained(motion, observations, count, tolerance);
+            const double unexplainedByIt = unexplained(motion, observations, count, tolerance, left);
             if (unexplainedByIt < left) {
                 left = unexplainedByIt;
                 best = motion;

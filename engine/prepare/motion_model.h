@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 
 namespace hdr {
 
@@ -74,8 +75,10 @@ struct Observation {
 Motion fitMotion(MotionKind kind, const Motion &start, const Observation *observations, size_t count,
                  double firstTolerance, double lastTolerance);
 
-/// Sum over the observations of min(d^2, t^2) / t^2: the number that the motion leaves unexplained.
-double unexplained(const Motion &motion, const Observation *observations, size_t count, double tolerance);
+/// Sum over the observations of min(d^2, t^2) / t^2: the number that the motion leaves unexplained. From
+/// `enough` on the sum may be incomplete.
+double unexplained(const Motion &motion, const Observation *observations, size_t count, double tolerance,
+                   double enough = std::numeric_limits<double>::infinity());
 
 /// A motion, its kind, and how well it explains the observations.
 struct MotionChoice {

@@ -2,6 +2,7 @@
 #include "engine/prepare/moved_cells.h"
 
 #include "engine/core/region_search.h"
+#include "engine/core/worker.h"
 #include "engine/prepare/preparation.h"
 
 #include <algorithm>
@@ -83,10 +84,14 @@ HdrStatus markSureChanges(MemContext *memory, const Comparison &comparison, cons
     if (!patches)
         return HDR_ERR_NOMEM;
     // The outermost pixels of a photograph are often not what the lens saw.
-    for (int y = std::max(valid.y0, 1); y < std::min(valid.y1, changed.height - 1); y++)
-        for (int x = std::max(valid.x0, 1); x < std::min(valid.x1, changed.width - 1); x++)
-            if (comparison.surelyDiffers(x, y))
-                changed(x, y) = kMaskSet;
+    const Rect judged = {std::max(valid.x0, 1), std::max(valid.y0, 1), std::min(valid.x1, changed.width - 1),
+                         std::min(valid.y1, changed.height - 1)};
+    runOnFourParts(judged.y0, judged.y1, [&](const RangePart &rows) {
+        for (int y = rows.first; y < rows.end; y++)
+            for (int x = judged.x0; x < judged.x1; x++)
+                if (comparison.surelyDiffers(x, y))
+                    changed(x, y) = kMaskSet;
+    });
     patches.start(changed.data);
     while (patches.next())
         if (patches.cells().size() < kLeastPatch)
@@ -95,14 +100,31 @@ HdrStatus markSureChanges(MemContext *memory, const Comparison &comparison, cons
     return HDR_OK;
 }
 
+/// The rows that changes reach when they are extended.
+struct Rows {
+    int first, end;
+};
+
+Rows rowsInReach(Plane<const uint8_t> changed, const Rect &valid) {
+    Rows rows = {valid.y1, valid.y0};
+    for (int y = valid.y0; y < valid.y1; y++)
+        if (std::find(changed.row(y), changed.row(y) + changed.width, kMaskSet) !=
+            changed.row(y) + changed.width) {
+            rows.first = std::min(rows.first, y);
+            rows.end = y + 1;
+        }
+    return {std::max(rows.first - kReach, valid.y0), std::min(rows.end + kReach, valid.y1)};
+}
+
 /// Extends the changes over what differs beside them.
 void growChanges(const Comparison &comparison, const Rect &valid, Plane<uint8_t> changed) {
+    const Rows reach = rowsInReach(changed, valid);
     for (int round = 0; round < kReach; round++) {
-        for (int y = valid.y0; y < valid.y1; y++)
+        for (int y = reach.first; y < reach.end; y++)
             for (int x = valid.x0; x < valid.x1; x++)
                 if (!changed(x, y) && comparison.differs(x, y) && rangeAround(changed, x, y).high == kMaskSet)
                     changed(x, y) = kGrowing;
-        for (int y = valid.y0; y < valid.y1; y++)
+        for (int y = reach.first; y < reach.end; y++)
             std::replace(changed.row(y) + valid.x0, changed.row(y) + valid.x1, kGrowing, kMaskSet);
     }
 }

@@ -55,7 +55,7 @@ HdrStatus registerInputs(MemContext *memory, HdrContext *context, int count, Pro
         if (status != HDR_OK)
             return status;
     }
-    settleMotion(memory, context);
+    settleMotion(context);
     return HDR_OK;
 }
 

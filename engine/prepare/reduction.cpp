@@ -3,6 +3,7 @@
 
 #include "engine/core/arithmetic.h"
 #include "engine/core/memory.h"
+#include "engine/core/worker.h"
 
 #include <array>
 
@@ -56,46 +57,44 @@ Rows rowsOf(const Offscreen &source, int plane, int y, bool half) {
     return rows;
 }
 
-/// Reduces one block for each pixel of the destination's first `width` columns and `height` rows: the one
-/// whose top left pixel is cornerOf(column, row).
+/// Reduces one block for each of the first `width` pixels of a row of the destination: the one whose top left
+/// pixel is cornerOf(column). `source` is a copy, which the pixels written cannot change.
 template <Layout layout, typename CornerOf>
-void reduceBy8(const Offscreen &source, Offscreen &destination, int width, int height, CornerOf cornerOf) {
-    for (int row = 0; row < height; row++) {
-        std::array<uint8_t *, 3> out;
-        for (size_t plane = 0; plane < out.size(); plane++)
-            out[plane] = destination.ppu8Plane[plane] + ptrdiff_t{row} * destination.pi32Pitch[plane];
-        for (int column = 0; column < width; column++) {
-            const auto [x, y] = cornerOf(column, row);
-            Offsets luma, u, v;
-            for (size_t i = 0; i < luma.size(); i++) {
-                luma[i] = layout.lumaBytes * (x + layout.lumaColumns[i]);
-                const int pair = layout.pairBytes * (x / 2 + kChromaPairs[i]);
-                u[i] = pair + layout.uByte;
-                v[i] = pair + layout.vByte;
-            }
-            out[0][column] = meanOfNine<layout>(rowsOf(source, 0, y, false), luma);
-            out[1][column] = meanOfNine<layout>(rowsOf(source, layout.uPlane, y, layout.halfChromaRows), u);
-            out[2][column] = meanOfNine<layout>(rowsOf(source, layout.vPlane, y, layout.halfChromaRows), v);
+void reduceRowBy8(Offscreen source, const Offscreen &destination, int row, int width, CornerOf cornerOf) {
+    std::array<uint8_t *, 3> out;
+    for (size_t plane = 0; plane < out.size(); plane++)
+        out[plane] = destination.ppu8Plane[plane] + ptrdiff_t{row} * destination.pi32Pitch[plane];
+    for (int column = 0; column < width; column++) {
+        const auto [x, y] = cornerOf(column);
+        Offsets luma, u, v;
+        for (size_t i = 0; i < luma.size(); i++) {
+            luma[i] = layout.lumaBytes * (x + layout.lumaColumns[i]);
+            const int pair = layout.pairBytes * (x / 2 + kChromaPairs[i]);
+            u[i] = pair + layout.uByte;
+            v[i] = pair + layout.vByte;
         }
+        out[0][column] = meanOfNine<layout>(rowsOf(source, 0, y, false), luma);
+        out[1][column] = meanOfNine<layout>(rowsOf(source, layout.uPlane, y, layout.halfChromaRows), u);
+        out[2][column] = meanOfNine<layout>(rowsOf(source, layout.vPlane, y, layout.halfChromaRows), v);
     }
 }
 
-/// reduceBy8 for the source's format; nothing for a format without a reduction.
+/// reduceRowBy8 for the source's format; nothing for a format without a reduction.
 template <typename CornerOf>
-void reduceFormat(const Offscreen &source, Offscreen &destination, int width, int height, CornerOf cornerOf) {
+void reduceRow(const Offscreen &source, Offscreen &destination, int row, int width, CornerOf cornerOf) {
     switch (source.u32PixelArrayFormat) {
     case HDR_FORMAT_YUY2:
-        return reduceBy8<kPacked>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kPacked>(source, destination, row, width, cornerOf);
     case HDR_FORMAT_I420:
-        return reduceBy8<kPlanar420>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kPlanar420>(source, destination, row, width, cornerOf);
     case HDR_FORMAT_I422:
-        return reduceBy8<kPlanar422>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kPlanar422>(source, destination, row, width, cornerOf);
     case HDR_FORMAT_NV12:
-        return reduceBy8<kSemiPlanarUv>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kSemiPlanarUv>(source, destination, row, width, cornerOf);
     case HDR_FORMAT_NV21:
-        return reduceBy8<kSemiPlanarVu>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kSemiPlanarVu>(source, destination, row, width, cornerOf);
     case HDR_FORMAT_NV16:
-        return reduceBy8<kSemiPlanar422>(source, destination, width, height, cornerOf);
+        return reduceRowBy8<kSemiPlanar422>(source, destination, row, width, cornerOf);
     default:
         return;
     }
@@ -128,17 +127,20 @@ HdrStatus reduceToWorking(MemContext *memory, const Offscreen *source, Offscreen
     const int height = 2 * ((area.y1 + 1 - area.y0) / (2 * factor));
     if (allocate && !allocatePacked(memory, destination, width, height))
         return HDR_ERR_NOMEM;
-    if (factor == kFactor)
-        reduceFormat(*source, *destination, width, height, [&area](int column, int row) {
-            return BlockCorner{area.x0 + column * kFactor, area.y0 + row * kFactor};
-        });
+    if (factor < kFactor)
+        return HDR_OK;
+    runOnFourParts(0, height, [&](const RangePart &rows) {
+        for (int row = rows.first; row < rows.end; row++)
+            reduceRow(*source, *destination, row, width, [&](int column) {
+                return BlockCorner{area.x0 + column * kFactor, area.y0 + row * kFactor};
+            });
+    });
     return HDR_OK;
 }
 
-void reduceBlocks(const Offscreen *source, Offscreen *destination, const BlockCorner *corners) {
-    const int width = destination->i32Width;
-    reduceFormat(*source, *destination, width, destination->i32Height,
-                 [corners, width](int column, int row) { return corners[ptrdiff_t{row} * width + column]; });
+void reduceBlocks(const Offscreen *source, Offscreen *destination, int row, const BlockCorner *corners) {
+    reduceRow(*source, *destination, row, destination->i32Width,
+              [corners](int column) { return corners[column]; });
 }
 
 } // namespace hdr

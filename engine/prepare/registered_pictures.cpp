@@ -6,10 +6,12 @@
 #include "engine/prepare/features.h"
 #include "engine/prepare/preparation.h"
 #include "engine/prepare/reduction.h"
+#include "engine/prepare/tone_correction.h"
 #include "engine/prepare/warp_field.h"
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace hdr {
 
@@ -18,11 +20,9 @@ namespace {
 /// One, in weights.
 constexpr int kUnit = 256;
 
-/// Working luminance from which on an exposure loses information to clipping, and at which it has none left;
-/// likewise downward, to crushing. Studio-range luminance ends at 235 and 16, and a reduced pixel averages
-/// nine samples, of which a few may be beyond the end.
-constexpr int kClippingBegins = 192, kFullyClipped = 226;
-constexpr int kCrushingBegins = 20, kFullyCrushed = 17;
+/// Working luminance from which on an exposure loses information to clipping; likewise downward, to crushing.
+constexpr int kClippingBegins = 192;
+constexpr int kCrushingBegins = 20;
 /// Levels by which two exposures may contradict each other through errors of the tone correspondence, and by
 /// which they surely show different things.
 constexpr int kTolerated = 32, kContradicts = 64;
@@ -32,13 +32,31 @@ constexpr int ramp(int value, int from, int to) {
     return std::clamp((value - from) * kUnit / (to - from), 0, kUnit);
 }
 
+/// Goes along a row of a picture and tells the brightest of the pixels that touch each one.
+class BrightestNear {
+public:
+    BrightestNear(Plane<const uint8_t> luma, int y)
+        : upper(luma.row(std::max(y - 1, 0))), middle(luma.row(y)),
+          lower(luma.row(std::min(y + 1, luma.height - 1))), width(luma.width), here(inColumn(0)) {}
+
+    uint8_t next() {
+        const uint8_t before = std::exchange(previous, here);
+        if (++x < width)
+            here = inColumn(x);
+        return std::max({before, previous, here});
+    }
+
+private:
+    uint8_t inColumn(int column) const { return std::max({upper[column], middle[column], lower[column]}); }
+
+    const uint8_t *upper, *middle, *lower;
+    int width, x = 0;
+    uint8_t previous = 0, here; ///< brightest of the columns x - 1 and x
+};
+
 /// How far a pixel is clipped, or may have been darkened by averaging with clipped ones that it touches.
-int clipping(Plane<const uint8_t> luma, int x, int y) {
-    int brightest = 0;
-    for (int v = std::max(y - 1, 0); v <= std::min(y + 1, luma.height - 1); v++)
-        for (int u = std::max(x - 1, 0); u <= std::min(x + 1, luma.width - 1); u++)
-            brightest = std::max<int>(brightest, luma(u, v));
-    return ramp(brightest, kClippingBegins, kFullyClipped);
+int clipping(int brightestNear) {
+    return ramp(brightestNear, kClippingBegins, kFullyClipped);
 }
 
 int crushing(int level) {
@@ -121,20 +139,28 @@ void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, c
                          const Offscreen &registered) {
     const Plane<const uint8_t> seen = planeOf(reference), own = planeOf(working);
     const Plane<uint8_t> matched = planeOf(registered);
-    for (int y = 0; y < own.height; y++) {
-        for (int x = 0; x < own.width; x++) {
-            const int target = seen(x, y), match = matched(x, y);
-            // A clipped pixel bounds the scene's brightness from below, a crushed one from above; what the
-            // tones say of levels beyond the bound means nothing.
-            const int low = tones[std::min<int>(own(x, y), kFullyClipped)];
-            const int high = tones[std::max<int>(own(x, y), kFullyCrushed)];
-            const int brighter = kUnit - ramp(low - target, kTolerated, kContradicts);
-            const int darker = kUnit - ramp(target - high, kTolerated, kContradicts);
-            const int weight = std::max({clipping(own, x, y) * brighter, clipping(seen, x, y) * darker,
-                                         crushing(own(x, y)) * darker, crushing(target) * brighter});
-            matched(x, y) = static_cast<uint8_t>(match + (target - match) * weight / (kUnit * kUnit));
+    runOnFourParts(0, own.height, [&](const RangePart &rows) {
+        for (int y = rows.first; y < rows.end; y++) {
+            BrightestNear ownBrightest(own, y), seenBrightest(seen, y);
+            for (int x = 0; x < own.width; x++) {
+                const int ownClipping = clipping(ownBrightest.next());
+                const int seenClipping = clipping(seenBrightest.next());
+                const int target = seen(x, y), match = matched(x, y);
+                const int ownCrushing = crushing(own(x, y)), seenCrushing = crushing(target);
+                if ((ownClipping | seenClipping | ownCrushing | seenCrushing) == 0)
+                    continue;
+                // A clipped pixel bounds the scene's brightness from below, a crushed one from above; what
+                // the tones say of levels beyond the bound means nothing.
+                const int low = tones[std::min<int>(own(x, y), kFullyClipped)];
+                const int high = tones[std::max<int>(own(x, y), kFullyCrushed)];
+                const int brighter = kUnit - ramp(low - target, kTolerated, kContradicts);
+                const int darker = kUnit - ramp(target - high, kTolerated, kContradicts);
+                const int weight = std::max(std::max(ownClipping, seenCrushing) * brighter,
+                                            std::max(seenClipping, ownCrushing) * darker);
+                matched(x, y) = static_cast<uint8_t>(match + (target - match) * weight / (kUnit * kUnit));
+            }
         }
-    }
+    });
 }
 
 } // namespace hdr

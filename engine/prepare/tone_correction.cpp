@@ -19,7 +19,7 @@ constexpr uint32_t kFewestPixels = 32, kSmallestShare = 2000;
 /// Share of a level's pixels, in percent, that must meet nearly the same level of the reference.
 constexpr uint32_t kLeastAgreement = 60;
 /// Differences from the matched table that are left alone, and the largest correction.
-constexpr int kLeftAlone = 6, kLargestCorrection = 48;
+constexpr int kLeftAlone = 6, kLargestCorrection = 96;
 /// Levels that must be sure before any is corrected.
 constexpr int kFewestSure = 16;
 
@@ -80,7 +80,10 @@ int counterpart(const Comparagram &comparagram, int own, uint32_t fewest) {
         agreeing += met[static_cast<size_t>(i)];
     if (uint64_t{100} * agreeing < uint64_t{kLeastAgreement} * count)
         return -1;
-    return std::abs(median(comparagram.meeting(level)) - own) <= tolerance(own) ? level : -1;
+    const int back = median(comparagram.meeting(level));
+    // What is beyond the reference's range meets its last levels, and these meet many.
+    const bool beyondRange = (level <= kFullyCrushed && own < back) || (level >= kFullyClipped && own > back);
+    return beyondRange || std::abs(back - own) <= tolerance(own) ? level : -1;
 }
 
 } // namespace
@@ -127,6 +130,9 @@ HdrStatus correctTones(MemContext *memory, Plane<const uint8_t> reference, Plane
                              : atBelow + (atAbove - atBelow) * (level - below) / (above - below);
         tones[static_cast<size_t>(level)] = static_cast<uint8_t>(std::clamp(matched[level] + here, 0, 255));
     }
+    // What receives more light is not darker, whatever a smooth curve through few levels makes of it.
+    std::partial_sum(tones.begin(), tones.end(), tones.begin(),
+                     [](uint8_t before, uint8_t here) { return std::max(before, here); });
     return HDR_OK;
 }
 

@@ -19,7 +19,9 @@ constexpr double kFullyFollowed = 0.6;
 constexpr double kFirstTolerance = 0.7;
 constexpr double kLastTolerance = 0.8;
 constexpr int kReweightings = 8;
-constexpr int kSweeps = 40;
+constexpr int kMostSweeps = 40;
+/// Largest change of a node in a sweep, as a share of the tolerance, that ends the sweeps.
+constexpr double kSettled = 0.004;
 
 Vector nodePosition(int column, int row) {
     return {static_cast<double>(warpNodePosition(column)), static_cast<double>(warpNodePosition(row))};
@@ -31,9 +33,9 @@ class LocalDeviation {
 public:
     LocalDeviation(MemContext *memory, const WarpField &field, const Motion &motion,
                    const Observation *observations, size_t count, double limit)
-        : columns(field.columns()), rows(field.rows()), count(count), limit(limit),
+        : columns(field.columns()), rows(field.rows()), stride(columns + 2), count(count), limit(limit),
           samples(memory, count + 1),
-          equations(memory, static_cast<size_t>(columns) * static_cast<size_t>(rows)),
+          equations(memory, static_cast<size_t>(stride) * static_cast<size_t>(rows + 2)),
           nodes(Buffer<Vector>::zeroed(memory, equations.size())) {
         if (!ok())
             return;
@@ -59,8 +61,9 @@ public:
                 sample.weight = sample.deviation.squaredLength() > limit * limit ? 0 : share * share;
             }
             assemble();
-            for (int i = 0; i < kSweeps; i++)
-                sweep();
+            const double settled = kSettled * tolerance;
+            for (int i = 0; i < kMostSweeps && sweep() > settled * settled; i++)
+                continue;
             tolerance = std::max(0.7 * tolerance, kLastTolerance);
         }
         for (Vector &node : nodes) {
@@ -85,9 +88,7 @@ private:
         Vector right;
     };
 
-    size_t index(int column, int row) const {
-        return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column);
-    }
+    size_t index(int column, int row) const { return static_cast<size_t>((row + 1) * stride + column + 1); }
 
     Vector valueAt(const WarpCell &place) const {
         return place.interpolate([this](int column, int row) { return at(column, row); });
@@ -140,30 +141,36 @@ private:
         }
     }
 
-    void sweep() {
+    /// Solves each node's equation for it. Returns the largest squared change.
+    double sweep() {
+        double largest = 0;
         for (int row = 0; row < rows; row++) {
             for (int column = 0; column < columns; column++) {
-                const NodeEquation &equation = equations[index(column, row)];
+                const size_t own = index(column, row);
+                const NodeEquation &equation = equations[own];
                 Vector right = equation.right;
-                for (int v = std::max(row - 1, 0); v <= std::min(row + 1, rows - 1); v++) {
-                    for (int u = std::max(column - 1, 0); u <= std::min(column + 1, columns - 1); u++) {
-                        if (u == column && v == row)
-                            continue;
-                        const auto &[xx, xy, yy] =
-                            equation.coupling[static_cast<size_t>(4 + 3 * (v - row) + u - column)];
-                        const Vector other = at(u, v);
-                        right = right - Vector{xx * other.x + xy * other.y, xy * other.x + yy * other.y};
-                    }
+                for (size_t place = 0; place < equation.coupling.size(); place++) {
+                    if (place == kSelf)
+                        continue;
+                    const auto &[xx, xy, yy] = equation.coupling[place];
+                    const Vector &other = nodes[own + place / 3 * static_cast<size_t>(stride) + place % 3 -
+                                                static_cast<size_t>(stride) - 1];
+                    right = right - Vector{xx * other.x + xy * other.y, xy * other.x + yy * other.y};
                 }
                 const auto &[xx, xy, yy] = equation.coupling[kSelf];
                 const double determinant = xx * yy - xy * xy;
-                nodes[index(column, row)] = {(yy * right.x - xy * right.y) / determinant,
-                                             (xx * right.y - xy * right.x) / determinant};
+                const Vector solved = {(yy * right.x - xy * right.y) / determinant,
+                                       (xx * right.y - xy * right.x) / determinant};
+                Vector &node = nodes[own];
+                largest = std::max(largest, (solved - node).squaredLength());
+                node = solved;
             }
         }
+        return largest;
     }
 
     int columns, rows;
+    int stride; ///< of the arrays of nodes, which have a frame of nodes that stay zero
     size_t count;
     double limit;
     Buffer<Sample> samples;

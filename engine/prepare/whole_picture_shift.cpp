@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "engine/prepare/whole_picture_shift.h"
 
+#include "engine/core/worker.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -24,9 +26,10 @@ constexpr int kContrastRadius = 4;
 /// Local contrast of one standard deviation, and the deviation (in levels) below which it fades into noise.
 constexpr double kContrastUnit = 32;
 constexpr double kNoiseDeviation = 2;
-/// Candidates that are followed to the next finer resolution, and the steps in which they are looked for
-/// there.
+/// Candidates that are followed to the next finer resolution, at most, the share of the best one's score that
+/// they need, and the steps in which they are looked for there.
 constexpr size_t kCandidates = 8;
+constexpr double kFollowedShare = 0.5;
 constexpr int kRefineRadius = 2;
 /// Part of the correlation that a displacement of kSearchedShare of the longer side loses when candidates are
 /// compared.
@@ -40,55 +43,118 @@ struct Candidate {
     double score = kNoScore;
 };
 
-/// A row-major picture of local contrast.
+/// A row-major picture of local contrast, and the sums of its squares left of and above each corner of its
+/// pixels.
 struct ContrastPicture {
     int width = 0, height = 0;
     Buffer<int16_t> samples;
+    Buffer<int64_t> squares;
 
     const int16_t *row(int y) const { return samples.data() + static_cast<ptrdiff_t>(y) * width; }
+    int64_t *squaresAbove(int y) { return squares.data() + static_cast<ptrdiff_t>(y) * (width + 1); }
+    const int64_t *squaresAbove(int y) const {
+        return squares.data() + static_cast<ptrdiff_t>(y) * (width + 1);
+    }
+    /// Sum of the squares in the columns left to right - 1 and the rows top to bottom - 1.
+    int64_t squaresWithin(int left, int right, int top, int bottom) const {
+        const int64_t *upper = squaresAbove(top), *lower = squaresAbove(bottom);
+        return lower[right] - lower[left] - upper[right] + upper[left];
+    }
+};
+
+/// Sums over the window around each pixel of a row, while the row moves down a picture.
+class SlidingWindow {
+public:
+    static constexpr size_t kArrays = 5;
+
+    /// Starts above row `firstRow`. `room` holds kArrays numbers for each column of the picture.
+    SlidingWindow(Plane<const uint8_t> luma, int firstRow, int32_t *room)
+        : luma(luma), first(std::max(firstRow - kContrastRadius, 0)), end(first) {
+        const size_t width = static_cast<size_t>(luma.width);
+        std::fill_n(room, kArrays * width, 0);
+        for (int32_t **array : {&sums, &squares, &pixels, &columnSums, &columnSquares}) {
+            *array = room;
+            room += width;
+        }
+    }
+
+    int32_t *sums, *squares, *pixels; ///< of the row's windows: luminance, its square, and how many pixels
+
+    /// Moves down to row y.
+    void moveTo(int y) {
+        for (; end <= std::min(y + kContrastRadius, luma.height - 1); end++)
+            addRow(end, 1);
+        for (; first < y - kContrastRadius; first++)
+            addRow(first, -1);
+        int32_t sum = 0, square = 0, count = 0;
+        for (int x = -kContrastRadius; x < luma.width; x++) {
+            if (const int right = x + kContrastRadius; right < luma.width) {
+                sum += columnSums[right];
+                square += columnSquares[right];
+                count += end - first;
+            }
+            if (const int left = x - kContrastRadius - 1; left >= 0) {
+                sum -= columnSums[left];
+                square -= columnSquares[left];
+                count -= end - first;
+            }
+            if (x >= 0) {
+                sums[x] = sum;
+                squares[x] = square;
+                pixels[x] = count;
+            }
+        }
+    }
+
+private:
+    void addRow(int y, int sign) {
+        const uint8_t *row = luma.row(y);
+        for (int x = 0; x < luma.width; x++) {
+            columnSums[x] += sign * row[x];
+            columnSquares[x] += sign * row[x] * row[x];
+        }
+    }
+
+    Plane<const uint8_t> luma;
+    int first, end; ///< the window's rows
+    int32_t *columnSums, *columnSquares;
 };
 
 HdrStatus measureContrast(MemContext *memory, Plane<const uint8_t> luma, ContrastPicture &contrast) {
-    const int width = luma.width, height = luma.height;
-    const size_t stride = static_cast<size_t>(width) + 1;
-    contrast.width = width;
-    contrast.height = height;
-    contrast.samples = Buffer<int16_t>(memory, static_cast<size_t>(width) * static_cast<size_t>(height));
-    // Sums over the rectangle left of and above each corner, modulo 2^32: only differences of them count.
-    auto sums = Buffer<uint32_t>::zeroed(memory, stride * (static_cast<size_t>(height) + 1));
-    auto squares = Buffer<uint32_t>::zeroed(memory, stride * (static_cast<size_t>(height) + 1));
-    if (!contrast.samples || !sums || !squares)
+    const size_t width = static_cast<size_t>(luma.width), height = static_cast<size_t>(luma.height);
+    contrast.width = luma.width;
+    contrast.height = luma.height;
+    contrast.samples = Buffer<int16_t>(memory, width * height);
+    contrast.squares = Buffer<int64_t>(memory, (width + 1) * (height + 1));
+    Buffer<int32_t> room(memory, 4 * SlidingWindow::kArrays * width);
+    if (!contrast.samples || !contrast.squares || !room)
         return HDR_ERR_NOMEM;
-    for (int y = 0; y < height; y++) {
-        const uint8_t *row = luma.row(y);
-        const size_t above = static_cast<size_t>(y) * stride;
-        uint32_t sum = 0, square = 0;
-        for (size_t x = 0; x < static_cast<size_t>(width); x++) {
-            sum += row[x];
-            square += static_cast<uint32_t>(row[x]) * row[x];
-            sums[above + stride + x + 1] = sums[above + x + 1] + sum;
-            squares[above + stride + x + 1] = squares[above + x + 1] + square;
+    runOnFourParts(0, luma.height, [&](const RangePart &rows) {
+        SlidingWindow window(luma, rows.first,
+                             room.data() + static_cast<size_t>(rows.part) * SlidingWindow::kArrays * width);
+        for (int y = rows.first; y < rows.end; y++) {
+            window.moveTo(y);
+            const uint8_t *row = luma.row(y);
+            int16_t *samples = contrast.samples.data() + static_cast<size_t>(y) * width;
+            for (size_t x = 0; x < width; x++) {
+                const double count = window.pixels[x];
+                const double mean = window.sums[x] / count;
+                const double deviation = std::sqrt(std::max(window.squares[x] / count - mean * mean, 0.0));
+                const double value = kContrastUnit * (row[x] - mean) / (deviation + kNoiseDeviation);
+                samples[x] = static_cast<int16_t>(std::clamp(value, -127.0, 127.0));
+            }
         }
-    }
-    for (int y = 0; y < height; y++) {
-        const int top = std::max(y - kContrastRadius, 0);
-        const int bottom = std::min(y + kContrastRadius + 1, height);
-        for (int x = 0; x < width; x++) {
-            const int left = std::max(x - kContrastRadius, 0);
-            const int right = std::min(x + kContrastRadius + 1, width);
-            const auto boxSum = [&](const Buffer<uint32_t> &table) {
-                const auto at = [&](int column, int line) {
-                    return table[static_cast<size_t>(line) * stride + static_cast<size_t>(column)];
-                };
-                return static_cast<double>(at(right, bottom) - at(left, bottom) - at(right, top) +
-                                           at(left, top));
-            };
-            const double count = (right - left) * (bottom - top);
-            const double mean = boxSum(sums) / count;
-            const double deviation = std::sqrt(std::max(boxSum(squares) / count - mean * mean, 0.0));
-            const double value = kContrastUnit * (luma(x, y) - mean) / (deviation + kNoiseDeviation);
-            contrast.samples[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)] =
-                static_cast<int16_t>(std::clamp(value, -127.0, 127.0));
+    });
+    std::fill_n(contrast.squaresAbove(0), width + 1, int64_t{0});
+    for (int y = 0; y < luma.height; y++) {
+        const int16_t *samples = contrast.row(y);
+        const int64_t *above = contrast.squaresAbove(y);
+        int64_t *below = contrast.squaresAbove(y + 1);
+        int64_t sum = 0;
+        below[0] = 0;
+        for (size_t x = 0; x < width; x++) {
+            sum += samples[x] * samples[x];
+            below[x + 1] = above[x + 1] + sum;
         }
     }
     return HDR_OK;
@@ -98,20 +164,17 @@ HdrStatus measureContrast(MemContext *memory, Plane<const uint8_t> luma, Contras
 double correlate(const ContrastPicture &reference, const ContrastPicture &other, int dx, int dy) {
     const int left = std::max(dx, 0), right = std::min(reference.width, other.width + dx);
     const int top = std::max(dy, 0), bottom = std::min(reference.height, other.height + dy);
-    int64_t product = 0, ownSquare = 0, otherSquare = 0;
+    int64_t product = 0;
     for (int y = top; y < bottom; y++) {
         const int16_t *a = reference.row(y) + left;
         const int16_t *b = other.row(y - dy) + (left - dx);
-        int32_t rowProduct = 0, rowOwn = 0, rowOther = 0;
-        for (int x = 0; x < right - left; x++) {
+        int32_t rowProduct = 0;
+        for (int x = 0; x < right - left; x++)
             rowProduct += a[x] * b[x];
-            rowOwn += a[x] * a[x];
-            rowOther += b[x] * b[x];
-        }
         product += rowProduct;
-        ownSquare += rowOwn;
-        otherSquare += rowOther;
     }
+    const int64_t ownSquare = reference.squaresWithin(left, right, top, bottom);
+    const int64_t otherSquare = other.squaresWithin(left - dx, right - dx, top - dy, bottom - dy);
     if (ownSquare == 0 || otherSquare == 0)
         return 0;
     return static_cast<double>(product) /
@@ -162,9 +225,11 @@ public:
         const auto at = [&](int x, int y) -> double & {
             return scores[static_cast<size_t>(y + reachY) * columns + static_cast<size_t>(x + reachX)];
         };
-        for (int y = -reachY; y <= reachY; y++)
-            for (int x = -reachX; x <= reachX; x++)
-                at(x, y) = score(x, y);
+        runOnFourParts(-reachY, reachY + 1, [&](const RangePart &rows) {
+            for (int y = rows.first; y < rows.end; y++)
+                for (int x = -reachX; x <= reachX; x++)
+                    at(x, y) = score(x, y);
+        });
         for (int y = -reachY; y <= reachY; y++) {
             for (int x = -reachX; x <= reachX; x++) {
                 bool peak = true;
@@ -178,6 +243,24 @@ public:
         return HDR_OK;
     }
 
+    /// The best displacements near those found at half the resolution, and near none.
+    Shortlist refineAll(const Shortlist &found) const {
+        // A fine pattern that repeats can hide a small motion at the coarser resolutions.
+        std::array<Candidate, kCandidates + 1> starts = {Candidate{0, 0, 0}}, refined;
+        std::copy(found.all().begin(), found.all().end(), starts.begin() + 1);
+        const double best = found.all().front().score;
+        runOnFourParts(0, static_cast<int>(starts.size()), [&](const RangePart &part) {
+            for (size_t i = static_cast<size_t>(part.first); i < static_cast<size_t>(part.end); i++)
+                if (i == 0 || starts[i].score >= std::min(kFollowedShare * best, best))
+                    refined[i] = refine(starts[i]);
+        });
+        Shortlist merged;
+        for (const Candidate &candidate : refined)
+            merged.add(candidate);
+        return merged;
+    }
+
+private:
     /// The best displacement near one found at half the resolution.
     Candidate refine(const Candidate &coarse) const {
         Candidate best;
@@ -188,7 +271,6 @@ public:
         return best;
     }
 
-private:
     double score(int x, int y) const {
         const double length = std::sqrt(static_cast<double>(x * x + y * y));
         return correlation(x, y) * (1 - kDistancePenalty * length / longest);
@@ -210,18 +292,10 @@ HdrStatus findWholePictureShift(MemContext *memory, const LumaPyramid &reference
         ShiftSearch search;
         if (search.prepare(memory, reference, other, level) != HDR_OK)
             return HDR_ERR_NOMEM;
-        Shortlist refined;
-        if (level == first) {
-            if (search.searchAll(memory, refined) != HDR_OK)
-                return HDR_ERR_NOMEM;
-        } else {
-            // A fine pattern that repeats can hide a small motion at the coarser resolutions.
-            refined.add(search.refine({}));
-            for (const Candidate &coarse : found.all())
-                if (coarse.score > kNoScore)
-                    refined.add(search.refine(coarse));
-        }
-        found = refined;
+        if (level != first)
+            found = search.refineAll(found);
+        else if (search.searchAll(memory, found) != HDR_OK)
+            return HDR_ERR_NOMEM;
         const Candidate &best = found.all().front();
         const double size = 1 << level;
         shift.displacement = {best.x * size, best.y * size};

@@ -25,7 +25,8 @@ FaultEngine &faultEngine() {
     static FaultEngine engine{.status = fromEnvironment("TRISTOP_FAULT_STATUS"),
                               .fallback = static_cast<HdrFallback>(fromEnvironment("TRISTOP_FAULT_FALLBACK")),
                               .throws = fromEnvironment("TRISTOP_FAULT_THROWS") != 0,
-                              .signalAtSync = fromEnvironment("TRISTOP_FAULT_SIGNAL")};
+                              .signalAtSync = fromEnvironment("TRISTOP_FAULT_SIGNAL"),
+                              .interrupts = fromEnvironment("TRISTOP_FAULT_INTERRUPT") != 0};
     return engine;
 }
 
@@ -57,6 +58,8 @@ HdrStatus hdrProcess(MemContext *, HdrContext *, Offscreen *inputs, int32_t imag
     engine.outputIndex = outputIndex;
     engine.parameters = *parameters;
     callback(50, 0, nullptr);
+    if (engine.interrupts)
+        std::raise(SIGINT);
     engine.callbackResult = callback(60, 0, userData);
     for (int32_t i = 0; i < imageCount; ++i)
         std::memset(inputs[i].ppu8Plane[0], 77,
@@ -66,7 +69,7 @@ HdrStatus hdrProcess(MemContext *, HdrContext *, Offscreen *inputs, int32_t imag
     const Offscreen &output = outputs[outputIndex];
     for (int32_t i = 0; i < output.pi32Pitch[0] * output.i32Height; ++i)
         output.ppu8Plane[0][i] = i % 2 == 0 ? tristop::testing::kMergedLuma : 128;
-    return engine.status;
+    return engine.callbackResult == HDR_CANCELLED ? HdrStatus{HDR_CANCELLED} : engine.status;
 }
 
 HdrStatus hdrDestroy(MemContext *, HdrContext *context) {

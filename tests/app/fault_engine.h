@@ -9,11 +9,12 @@
 namespace tristop::testing {
 
 struct FaultEngine {
-    // What the next run does. The command's tests set the first four through the environment.
+    // What the next run does. The command's tests set the first five through the environment.
     HdrStatus status = HDR_OK;                ///< TRISTOP_FAULT_STATUS
     HdrFallback fallback = HDR_FALLBACK_NONE; ///< TRISTOP_FAULT_FALLBACK
     bool throws = false;                      ///< TRISTOP_FAULT_THROWS: runs out of memory
     int signalAtSync = 0;                     ///< TRISTOP_FAULT_SIGNAL: comes when a file is brought to disk
+    bool interrupts = false;                  ///< TRISTOP_FAULT_INTERRUPT: SIGINT comes during the run
     HdrStatus createStatus = HDR_OK;          ///< a context is made nevertheless
 
     // What was seen.

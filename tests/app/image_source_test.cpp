@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/image_source.h"
 
+#include <algorithm>
 #include <functional>
+#include <limits>
 #include <utility>
 
+#include <exiv2/exiv2.hpp>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "app/photographs.h"
 #include "app/yuv_rgb.h"
@@ -232,6 +236,70 @@ TEST_F(ImageSourceTest, readsExposureData) {
     }
 }
 
+TEST_F(ImageSourceTest, takesMalformedEntriesForAbsent) {
+    const std::string path = folder.path("malformed.jpg");
+    writeJpeg(path, TestPicture(16, 24));
+    const auto file = Exiv2::ImageFactory::open(path);
+    const auto add = [&file](const char *name, Exiv2::TypeId type, const char *text) {
+        const auto value = Exiv2::Value::create(type);
+        value->read(text);
+        file->exifData().add(Exiv2::ExifKey(name), value.get());
+    };
+    add("Exif.Image.Orientation", Exiv2::asciiString, "6");
+    add("Exif.Image.XResolution", Exiv2::asciiString, "300");
+    add("Exif.Image.YResolution", Exiv2::unsignedRational, "300/1");
+    add("Exif.Photo.ISOSpeedRatings", Exiv2::asciiString, "400");
+    add("Exif.Photo.ExposureBiasValue", Exiv2::signedRational, "5/0");
+    add("Exif.Photo.FocalLength", Exiv2::tiffFloat, "inf");
+    file->writeMetadata();
+    CBImageSource source;
+    ASSERT_TRUE(source.initWithPhoto(path)) << source.failure();
+    ASSERT_NE(source.EXIF(), nullptr);
+    EXPECT_EQ(source.orientation(), 1);
+    EXPECT_EQ(source.dpiWidth(), 72);
+    EXPECT_EQ(source.dpiHeight(), 72);
+    EXPECT_EQ(source.imageISO(), 0);
+    EXPECT_EQ(source.imageExposure(), 0);
+    EXPECT_EQ(source.imageFocusLength(), 0);
+
+    const CBImageSource absurd = photograph(TestPicture(16, 24), {},
+                                            {{"Exif.Image.XResolution", "4294967295/1"},
+                                             {"Exif.Image.YResolution", "1/4294967295"},
+                                             {"Exif.Image.Orientation", "65535"}});
+    EXPECT_EQ(absurd.dpiWidth(), 4294967295.0f);
+    EXPECT_EQ(absurd.orientation(), 1);
+    EXPECT_TRUE(absurd.image(1)) << "stretched out of sight";
+}
+
+TEST_F(ImageSourceTest, drawsWhatAWrongSizeLeavesOfThePicture) {
+    CBImageSource source = photograph(TestPicture(20, 30, {90, 90, 90}));
+    const auto imageOfSize = [&source](float width, float height) {
+        ImageMetadata metadata = source.imageMetadata();
+        metadata.pixelWidth = width;
+        metadata.pixelHeight = height;
+        source.setImageMetadata(metadata);
+        return source.image(1);
+    };
+    // The drawing keeps its lower left corner.
+    const auto larger = imageOfSize(23, 34);
+    ASSERT_TRUE(larger);
+    EXPECT_LE(distance(pixel(*larger, 0, 4), {90, 90, 90}), 1);
+    EXPECT_EQ(pixel(*larger, 0, 3), Rgb{});
+    EXPECT_EQ(pixel(*larger, 20, 33), Rgb{});
+    const auto smaller = imageOfSize(7.9f, 11);
+    ASSERT_TRUE(smaller);
+    EXPECT_EQ(smaller->width, 7);
+    EXPECT_LE(distance(pixel(*smaller, 6, 0), {90, 90, 90}), 1);
+    const float infinite = std::numeric_limits<float>::infinity();
+    for (const float absurd : {0.0f, -20.0f, 60000.0f, 1e30f, infinite, -infinite, infinite - infinite}) {
+        EXPECT_FALSE(imageOfSize(absurd, 60000)) << absurd;
+        Offscreen input{HDR_FORMAT_YUY2, 20, 30, {}, {}};
+        CBYUVRGB::allocOffscreen(&input);
+        EXPECT_FALSE(source.image(1, &input)) << absurd;
+        CBYUVRGB::releaseOffscreen(&input);
+    }
+}
+
 TEST_F(ImageSourceTest, fillsOnlyEngineInputsThatItCovers) {
     const CBImageSource source = photograph(TestPicture(101, 6));
     Offscreen input{HDR_FORMAT_YUY2, 104, 7, {}, {}};
@@ -265,7 +333,24 @@ TEST_F(ImageSourceTest, takesAnyNameForAFile) {
 
 TEST_F(ImageSourceTest, tellsWhyAFileCannotBeUsed) {
     EXPECT_EQ(failure("/dev/null"), "is not an ordinary file");
+    EXPECT_EQ(failure(folder.path("")), "is a folder");
+    EXPECT_EQ(failure("/dev/null/file.jpg"), "does not exist");
+    EXPECT_EQ(failure("/proc/self/mem"), "cannot be read: Input/output error");
+    const std::string pipe = folder.path("pipe.jpg"), loop = folder.path("loop.jpg");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(failure(pipe), "is not an ordinary file") << "without waiting for a writer";
+    std::filesystem::create_symlink(loop, loop);
+    EXPECT_EQ(failure(loop), "cannot be opened: Too many levels of symbolic links");
     const std::string path = folder.path("file.jpg");
+    writeFile(path, {});
+    EXPECT_EQ(failure(path), "is empty");
+    for (const auto &[name, reason] :
+         {std::pair("notes.txt", "is neither a JPEG, a camera RAW nor a TIFF file"),
+          std::pair("notes.NEF", "is not a camera RAW file that can be read"),
+          std::pair("notes.tif", "is not a TIFF picture")}) {
+        writeFile(folder.path(name), {'n', 'o', 't', 'e', 's'});
+        EXPECT_EQ(failure(folder.path(name)), reason);
+    }
     writeFile(path, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'});
     EXPECT_EQ(failure(path), "is not a JPEG picture");
     CBImageSource loaded = photograph(TestPicture(20, 30));
@@ -293,6 +378,30 @@ TEST_F(ImageSourceTest, rejectsAFileThatDoesNotDecodeWhole) {
     }
 }
 
+TEST_F(ImageSourceTest, refusesSizesThatTheFileCannotHold) {
+    const std::string path = folder.path("bomb.jpg");
+    for (const bool progressive : {false, true}) {
+        writeJpeg(path, TestPicture(16, 24), {.progressive = progressive});
+        std::vector<uint8_t> bytes = readFile(path);
+        // The frame header: marker, length, precision, height, width.
+        const std::array<uint8_t, 7> frame = {
+            0xff, static_cast<uint8_t>(progressive ? 0xc2 : 0xc0), 0, 17, 8, 0, 24};
+        const auto start = std::ranges::search(bytes, frame).begin();
+        ASSERT_NE(start, bytes.end());
+        const auto claim = [&](uint16_t side) {
+            for (const int offset : {5, 7}) {
+                start[offset] = static_cast<uint8_t>(side >> 8);
+                start[offset + 1] = static_cast<uint8_t>(side);
+            }
+            writeFile(path, bytes);
+        };
+        claim(60000);
+        EXPECT_EQ(failure(path), "is too large: 60000 x 60000 pixels, more than 536 megapixels");
+        claim(23000);
+        EXPECT_EQ(failure(path), "is truncated: it ends before its picture does");
+    }
+}
+
 TEST_F(ImageSourceTest, opensThreePhotographsOfOneSizeOnly) {
     const auto problem = [this](ImageSize second, const std::string &orientation = "1") {
         const std::array<std::string, 3> paths = {folder.path("a.jpg"), folder.path("b.jpg"),
@@ -305,6 +414,8 @@ TEST_F(ImageSourceTest, opensThreePhotographsOfOneSizeOnly) {
         const auto error = openPhotographs(paths, photographs);
         EXPECT_TRUE(!error || error->path == paths[1]);
         EXPECT_TRUE(error || photographs[2].image() != nullptr);
+        Photographs oneByOne;
+        EXPECT_EQ(openPhotographs(paths, oneByOne, 1).has_value(), error.has_value());
         return error ? error->reason : "";
     };
     EXPECT_EQ(problem({120, 100}), "");

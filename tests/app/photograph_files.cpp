@@ -2,6 +2,7 @@
 #include "tests/app/photograph_files.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -102,6 +103,26 @@ void writeJpeg(const std::string &path, const TestPicture &picture, const JpegOp
     jpeg_finish_compress(&info);
     std::fclose(file);
     jpeg_destroy_compress(&info);
+}
+
+double lightOf(uint8_t sample) {
+    const double encoded = sample / 255.0;
+    return encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
+}
+
+void writeDng(const std::string &path, const TestPicture &picture, const scene::DngEntries &entries,
+              double exposure) {
+    scene::Mosaic mosaic{picture.width, picture.height, std::vector<uint16_t>(picture.samples.size() / 3)};
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x) {
+            const Rgb color = picture.at(x, y);
+            std::array<float, 3> light{};
+            std::ranges::transform(color, light.begin(), [exposure](uint8_t sample) {
+                return static_cast<float>(lightOf(sample) * exposure);
+            });
+            mosaic.expose(x, y, light);
+        }
+    writeFile(path, scene::encodeDng(mosaic, entries));
 }
 
 void addExif(const std::string &path, const std::map<std::string, std::string> &entries) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Pictures and JPEG files for the tests of image handling.
+// Pictures and photograph files for the tests of image handling.
 #pragma once
 
 #include <array>
@@ -8,6 +8,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+#include "tools/scene_renderer/dng.h"
 
 namespace tristop::testing {
 
@@ -26,6 +28,9 @@ struct TestPicture {
     void set(int x, int y, Rgb color);
     void fill(int x0, int y0, int x1, int y1, Rgb color);
 };
+
+/// The light, 0 to 1, of an sRGB sample.
+double lightOf(uint8_t sample);
 
 /// The largest difference of any channel.
 int distance(Rgb a, Rgb b);
@@ -56,6 +61,11 @@ struct JpegOptions {
 };
 
 void writeJpeg(const std::string &path, const TestPicture &picture, const JpegOptions &options = {});
+
+/// Writes a picture as the readings of a camera whose development gives it back; a colour's light is
+/// multiplied by `exposure` first.
+void writeDng(const std::string &path, const TestPicture &picture, const scene::DngEntries &entries = {},
+              double exposure = 1);
 
 /// Adds EXIF entries, by Exiv2's names and notation ("Exif.Image.XResolution", "300/1").
 void addExif(const std::string &path, const std::map<std::string, std::string> &entries);

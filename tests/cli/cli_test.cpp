@@ -2,9 +2,7 @@
 // Runs the command as a user does: TRISTOP_CLI is the command, TRISTOP_FAULTY_CLI the same with an engine
 // that fails on demand.
 #include <array>
-#include <cmath>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -13,65 +11,25 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
 
-#include "tests/app/photograph_files.h"
 #include "tests/app/written_files.h"
+#include "tests/cli/command_run.h"
 
 namespace tristop::testing {
 namespace {
-
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
 
 class CliTest : public ::testing::Test {
 protected:
     CliTest() : names{path("dark.jpg"), path("middle.jpg"), path("bright.jpg")} {
         for (size_t i = 0; i < names.size(); ++i)
-            writeJpeg(names[i], exposure(161, 120, static_cast<double>(1 << 2 * i)));
-    }
-
-    /// A lit wall with some pattern and a bright corner, under an exposure of 1, 4 or 16.
-    static TestPicture exposure(int width, int height, double factor) {
-        TestPicture picture(width, height);
-        uint32_t state = 9;
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) {
-                state = state * 1664525 + 1013904223;
-                const double pattern = 1 + 0.4 * std::sin(x * 0.21 + y * 0.07) * std::sin(y * 0.17) +
-                                       0.1 * static_cast<double>(state >> 24) / 255;
-                const double light = pattern * (x > width / 2 && y < height / 2 ? 0.2 : 0.01) * factor;
-                const double value = 255 * std::min(1.0, std::pow(light, 1 / 2.2));
-                picture.set(x, y,
-                            {static_cast<uint8_t>(value), static_cast<uint8_t>(value * 0.9),
-                             static_cast<uint8_t>(value * 0.7)});
-            }
-        return picture;
+            writeJpeg(names[i], wall(161, 120, static_cast<double>(1 << 2 * i)));
     }
 
     std::string path(const std::string &name) const { return folder.path(name); }
 
-    /// `setUp` is shell code before the command, such as variables or limits.
     Outcome run(const std::vector<std::string> &arguments, const std::string &program = TRISTOP_CLI,
-                const std::string &setUp = "") {
-        const std::string outFile = path("stdout"), errFile = path("stderr");
-        std::string command = setUp + " '" + program + "'";
-        for (const std::string &argument : arguments)
-            command += " '" + argument + "'";
-        command += " >'" + outFile + "' 2>'" + errFile + "'";
-        const int result = std::system(command.c_str());
-        const auto text = [](const std::string &file) {
-            const auto bytes = readFile(file);
-            return std::string(bytes.begin(), bytes.end());
-        };
-        Outcome outcome{WIFEXITED(result) ? WEXITSTATUS(result) : 128 + WTERMSIG(result), text(outFile),
-                        text(errFile)};
-        std::filesystem::remove(outFile);
-        std::filesystem::remove(errFile);
-        return outcome;
+                const std::string &setUp = "") const {
+        return runCommand(folder, program, arguments, setUp);
     }
 
     /// The names that follow `mark` in a text.
@@ -106,7 +64,8 @@ TEST_F(CliTest, tellsAboutItself) {
 }
 
 TEST_F(CliTest, isDocumentedAndCompletedWhole) {
-    const std::set<std::string> options = longOptions(run({"--help"}).out);
+    std::set<std::string> options = longOptions(run({"--help"}).out);
+    options.merge(longOptions(run({"batch", "--help"}).out));
     const std::string sources = TRISTOP_CLI_SOURCES;
     const auto textOf = [&](const std::string &name) {
         const auto bytes = readFile(sources + name);
@@ -172,9 +131,9 @@ TEST_F(CliTest, namesThePhotographThatCannotBeUsed) {
     bytes.resize(bytes.size() / 2);
     writeFile(odd, bytes);
     expectReason("is truncated: it ends before its picture does");
-    writeJpeg(odd, exposure(160, 120, 4));
+    writeJpeg(odd, wall(160, 120, 4));
     expectReason("has another size than " + dark + ": 160 x 120 pixels instead of 161 x 120 pixels");
-    writeJpeg(odd, exposure(161, 99, 4));
+    writeJpeg(odd, wall(161, 99, 4));
     expectReason("is too small: 161 x 99 pixels, at least 100 x 100 are needed");
     std::filesystem::remove(odd);
     std::filesystem::create_directory(odd);

@@ -62,6 +62,7 @@ TEST(SceneRenderer, SettingsAloneDecideEveryByte) {
     settings.sensorNoise = true;
     const auto picture = render(settings, 1, 1);
     EXPECT_EQ(picture.samples, render(settings, 1, 3).samples);
+    EXPECT_EQ(picture.samples, develop(radiance(settings, 1), settings, 1).samples);
     EXPECT_EQ(objectMask(settings, 0, 1, 1).values, objectMask(settings, 0, 1, 3).values);
     SceneSettings other = settings;
     other.seed = 2;

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole merges of photographs: the sample bracket, and real brackets where a folder of them is at hand.
 #include "app/hdr_engine_bridge.h"
+#include "tests/app/photograph_files.h"
+#include "tools/scene_renderer/scene.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -53,7 +57,56 @@ TEST(SampleBracket, MergesInEveryOrderToTheSamePicture) {
     EXPECT_EQ(made.info.fallback, HDR_FALLBACK_NONE);
 }
 
-class RealBracket : public testing::TestWithParam<const char *> {
+/// Luminance of each pixel.
+std::vector<double> luminanceOf(const Merge &made) {
+    std::vector<double> values;
+    for (size_t i = 0; i + 2 < made.bgr.size(); i += 3)
+        values.push_back(0.114 * made.bgr[i] + 0.587 * made.bgr[i + 1] + 0.299 * made.bgr[i + 2]);
+    return values;
+}
+
+double correlation(const std::vector<double> &a, const std::vector<double> &b) {
+    const auto mean = [](const std::vector<double> &values) {
+        return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+    };
+    const double meanA = mean(a), meanB = mean(b);
+    double aa = 0, bb = 0, ab = 0;
+    for (size_t i = 0; i < a.size(); ++i) {
+        aa += (a[i] - meanA) * (a[i] - meanA);
+        bb += (b[i] - meanB) * (b[i] - meanB);
+        ab += (a[i] - meanA) * (b[i] - meanB);
+    }
+    return ab / std::sqrt(aa * bb);
+}
+
+TEST(RawBracket, MergesAsItsJpegTwinDoes) {
+    scene::SceneSettings settings;
+    settings.width = 720;
+    settings.height = 480;
+    const testing::TemporaryFolder folder;
+    Paths raw, jpeg;
+    for (int shot = 0; shot < 3; ++shot) {
+        const size_t place = static_cast<size_t>(shot + 1) % 3; // bright, dark, middle
+        const std::string name = folder.path("shot" + std::to_string(shot));
+        raw[place] = name + ".dng";
+        testing::writeFile(raw[place], scene::encodeDng(scene::renderMosaic(settings, shot)));
+        jpeg[place] = name + ".jpg";
+        testing::TestPicture picture(settings.width, settings.height);
+        picture.samples = scene::render(settings, shot).samples;
+        testing::writeJpeg(jpeg[place], picture);
+    }
+    const Merge fromRaw = merge(raw), fromJpeg = merge(jpeg);
+    for (const Merge *made : {&fromRaw, &fromJpeg}) {
+        EXPECT_EQ(made->status, HDR_OK);
+        EXPECT_EQ(made->info.fallback, HDR_FALLBACK_NONE);
+        EXPECT_EQ(made->info.darkIndex, 1);
+        EXPECT_EQ(made->info.brightIndex, 0);
+    }
+    ASSERT_EQ(fromRaw.bgr.size(), fromJpeg.bgr.size());
+    EXPECT_GT(correlation(luminanceOf(fromRaw), luminanceOf(fromJpeg)), 0.9);
+}
+
+class RealBracket : public ::testing::TestWithParam<const char *> {
 protected:
     static Paths pathsOf(const std::string &name) {
         const std::string folder = std::string(TRISTOP_BRACKETS) + '/' + name;
@@ -73,7 +126,7 @@ TEST_P(RealBracket, OfAStaticSceneIsMergedInEveryOrderToTheSamePicture) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Static, RealBracket,
-                         testing::Values("church", "flowers", "oldhouse", "desk", "hall"),
+                         ::testing::Values("church", "flowers", "oldhouse", "desk", "hall"),
                          [](const auto &parameter) { return std::string(parameter.param); });
 
 class MovingBracket : public RealBracket {};
@@ -82,7 +135,7 @@ TEST_P(MovingBracket, IsMergedInEveryOrderToTheSamePicture) {
     mergeInEveryOrder(pathsOf(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Moving, MovingBracket, testing::Values("pingpong", "window", "horse", "figurine"),
+INSTANTIATE_TEST_SUITE_P(Moving, MovingBracket, ::testing::Values("pingpong", "window", "horse", "figurine"),
                          [](const auto &parameter) { return std::string(parameter.param); });
 
 } // namespace

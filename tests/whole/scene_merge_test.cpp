@@ -1,92 +1,42 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole merges of rendered scenes, held against what the scene really is.
-#include "engine/core/context.h"
-#include "tests/support/scene_merge.h"
+#include "tools/quality/merge_run.h"
+#include "tools/quality/patch_agreement.h"
+#include "tools/quality/scenes.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace tristop {
 namespace {
 
+using quality::Bracket;
+using quality::comparePatch;
+using quality::kPatch;
+using quality::Luminance;
+using quality::luminanceOf;
+using quality::ViewCache;
 using scene::SceneSettings;
-using test::Luminance;
-using test::luminanceOf;
-using test::SceneInputs;
 
 // Multiples of 16, so that the picture of a camera held still is not cropped and stretched.
 constexpr int kWidth = 720;
 constexpr int kHeight = 480;
 
-SceneSettings staticScene(uint64_t seed = 11) {
-    SceneSettings settings;
-    settings.width = kWidth;
-    settings.height = kHeight;
-    settings.seed = seed;
-    settings.camera = {};
-    settings.moving.share = 0;
-    return settings;
+SceneSettings staticScene(uint64_t seed) {
+    return quality::staticScene({kWidth, kHeight}, seed, quality::CameraMotion::none);
 }
 
 struct Merge {
-    HdrRunInfo info{};
+    quality::MergeRun run;
     Luminance picture;
 };
 
-Merge merge(const SceneSettings &settings) {
-    SceneInputs inputs(settings);
-    HdrContext *context = nullptr;
-    EXPECT_EQ(hdrCreate(nullptr, 0, &context), HDR_OK);
-    hdrSetGhostSuppressionLevel(nullptr, context, 6);
-    const HdrParams look = {45, 10, 40};
-    EXPECT_EQ(hdrProcess(nullptr, context, inputs.pictures.data(), 3, inputs.pictures.data(), 2, &look,
-                         nullptr, nullptr, nullptr),
-              HDR_OK);
-    Merge made;
-    hdrGetRunInfo(context, &made.info);
-    hdrDestroy(nullptr, context);
-    made.picture = luminanceOf(inputs.pictures[2]);
-    return made;
-}
-
-/// Logarithm of the reference shot's true radiance.
-Luminance logRadiance(const SceneSettings &settings, int shot = 1) {
-    const auto radiance = scene::radiance(settings, shot);
-    Luminance made{settings.width, settings.height, {}};
-    for (int y = 0; y < made.height; y++)
-        for (int x = 0; x < made.width; x++) {
-            const float *rgb = radiance.pixel(x, y);
-            made.values.push_back(std::log2(0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2] + 1e-4));
-        }
-    return made;
-}
-
-constexpr int kPatch = 16;
-
-struct Patch {
-    double deviationA, deviationB, correlation;
-};
-
-/// Standard deviations and normalised correlation of two pictures in the patch at (x, y).
-Patch comparePatch(const Luminance &a, const Luminance &b, int x, int y) {
-    const double n = kPatch * kPatch;
-    double sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
-    for (int dy = 0; dy < kPatch; dy++)
-        for (int dx = 0; dx < kPatch; dx++) {
-            const double p = a.at(x + dx, y + dy);
-            const double q = b.at(x + dx, y + dy);
-            sa += p;
-            sb += q;
-            saa += p * p;
-            sbb += q * q;
-            sab += p * q;
-        }
-    const double va = std::max(saa / n - sa * sa / n / n, 0.0);
-    const double vb = std::max(sbb / n - sb * sb / n / n, 0.0);
-    return {std::sqrt(va), std::sqrt(vb), (sab / n - sa * sb / n / n) / std::sqrt(va * vb + 1e-12)};
+Merge merge(const SceneSettings &settings, ViewCache &views) {
+    Bracket bracket(settings, views);
+    quality::MergeRun run = quality::merge(bracket.pictures);
+    return {std::move(run), luminanceOf(bracket.pictures[2])};
 }
 
 /// Share of the scene's textured patches whose structure the picture shows, strongly enough to be seen.
@@ -94,7 +44,7 @@ double shownStructure(const Luminance &picture, const Luminance &truth) {
     int textured = 0, shown = 0;
     for (int y = 0; y + kPatch <= truth.height; y += kPatch)
         for (int x = 0; x + kPatch <= truth.width; x += kPatch) {
-            const Patch patch = comparePatch(truth, picture, x, y);
+            const quality::PatchComparison patch = comparePatch(truth, picture, x, y);
             if (patch.deviationA < 0.15)
                 continue;
             textured++;
@@ -105,16 +55,17 @@ double shownStructure(const Luminance &picture, const Luminance &truth) {
 }
 
 TEST(SceneMerge, ShowsMoreOfTheSceneThanAnySingleShot) {
-    const SceneSettings settings = staticScene();
-    const Merge merged = merge(settings);
-    EXPECT_EQ(merged.info.fallback, HDR_FALLBACK_NONE);
+    ViewCache views;
+    const SceneSettings settings = staticScene(11);
+    const Merge merged = merge(settings, views);
+    EXPECT_FALSE(merged.run.fellBack());
     for (int i = 0; i < 3; i++) {
-        EXPECT_EQ(merged.info.shiftX[i], 0);
-        EXPECT_EQ(merged.info.shiftY[i], 0);
+        EXPECT_EQ(merged.run.info.shiftX[i], 0);
+        EXPECT_EQ(merged.run.info.shiftY[i], 0);
     }
-    const Luminance truth = logRadiance(settings);
+    const Luminance truth = quality::contentsOf(settings, views)[quality::kMiddle].light;
     const double shown = shownStructure(merged.picture, truth);
-    const SceneInputs shots(settings);
+    const Bracket shots(settings, views);
     for (const Offscreen &shot : shots.pictures)
         EXPECT_GT(shown, shownStructure(luminanceOf(shot), truth));
     EXPECT_GT(shown, 0.9);
@@ -123,9 +74,10 @@ TEST(SceneMerge, ShowsMoreOfTheSceneThanAnySingleShot) {
 TEST(SceneMerge, KeepsTheOrderOfTones) {
     // Means over patches: a place that receives clearly more light must not come out darker than its
     // neighbour.
+    ViewCache views;
     const SceneSettings settings = staticScene(12);
-    const Merge merged = merge(settings);
-    const Luminance truth = logRadiance(settings);
+    const Merge merged = merge(settings, views);
+    const Luminance truth = quality::contentsOf(settings, views)[quality::kMiddle].light;
     const auto mean = [](const Luminance &picture, int x, int y) {
         double sum = 0;
         for (int dy = 0; dy < kPatch; dy++)
@@ -166,8 +118,9 @@ double stepAtMultiples(const Luminance &picture, int period, int dx, int dy) {
 TEST(SceneMerge, LeavesNoBlockPatternAndNoSeam) {
     SceneSettings settings = staticScene(13);
     settings.sensorNoise = false;
-    const Merge merged = merge(settings);
-    const SceneInputs shots(settings);
+    ViewCache views;
+    const Merge merged = merge(settings, views);
+    const Bracket shots(settings, views);
     const Luminance middle = luminanceOf(shots.pictures[1]);
     for (int period : {4, 8, 32, 256}) {
         // The scene has edges of its own at some of these lines: the middle exposure tells which.
@@ -206,7 +159,8 @@ TEST(SceneMerge, LeavesNoFrame) {
         SceneSettings settings = staticScene(14);
         settings.width = width;
         settings.variant = scene::Variant::flatGrey;
-        const Luminance picture = merge(settings).picture;
+        ViewCache views;
+        const Luminance picture = merge(settings, views).picture;
         const auto mean = [&](int x0, int x1, int y0, int y1) {
             double sum = 0;
             for (int y = y0; y < y1; y++)
@@ -220,86 +174,6 @@ TEST(SceneMerge, LeavesNoFrame) {
         EXPECT_NEAR(mean(0, width, 0, 16), middle, 2);
         EXPECT_NEAR(mean(0, width, kHeight - 16, kHeight), middle, 2);
     }
-}
-
-TEST(SceneMerge, FollowsAHandHeldCamera) {
-    SceneSettings settings = staticScene(15);
-    settings.camera = {{{.shiftX = -6.3, .shiftY = 3.8, .rotationDegrees = 0.28},
-                        {},
-                        {.shiftX = 7.6, .shiftY = 5.2, .rotationDegrees = -0.21}}};
-    SceneInputs inputs(settings);
-    HdrContext *context = nullptr;
-    ASSERT_EQ(hdrCreate(nullptr, 0, &context), HDR_OK);
-    context->preparedOnce = 1;
-    ASSERT_EQ(hdr::hdrPrepareInputs(nullptr, context, inputs.pictures.data(), 3, nullptr), HDR_OK);
-    ASSERT_EQ(context->preparation.midIndex, 1);
-    const hdr::Alignment &alignment = context->alignment;
-    for (int shot : {0, 2}) {
-        const auto truth = scene::trueDisplacement(settings, shot, 1);
-        const auto interpolated = [&](const int32_t *grid, int x, int y) {
-            const int c = (x + 128) >> 8, q = (y + 128) >> 8;
-            const double fx = ((x + 128) & 255) / 256.0, fy = ((y + 128) & 255) / 256.0;
-            const auto node = [&](int dc, int dq) {
-                return static_cast<double>(grid[(q + dq) * alignment.warpWidth + c + dc]);
-            };
-            return (node(0, 0) * (1 - fx) + node(1, 0) * fx) * (1 - fy) +
-                   (node(0, 1) * (1 - fx) + node(1, 1) * fx) * fy;
-        };
-        std::vector<double> errors;
-        for (int y = 20; y < kHeight - 20; y += 20)
-            for (int x = 20; x < kWidth - 20; x += 20) {
-                const scene::Position d = truth.at(x, y);
-                errors.push_back(std::hypot(
-                    alignment.globalShift[shot][0] + interpolated(alignment.warpX[shot], x, y) - d.x,
-                    alignment.globalShift[shot][1] + interpolated(alignment.warpY[shot], x, y) - d.y));
-            }
-        std::sort(errors.begin(), errors.end());
-        // Nodes are whole pixels, so half a pixel each way is what rounding alone costs.
-        EXPECT_LT(errors[errors.size() / 2], 0.8) << "shot " << shot;
-        EXPECT_LT(errors[errors.size() * 99 / 100], 2.0) << "shot " << shot;
-    }
-    hdrDestroy(nullptr, context);
-}
-
-TEST(SceneMerge, ShowsAMovedObjectOnce) {
-    SceneSettings settings = staticScene(16);
-    settings.moving.share = 0.03;
-    settings.moving.offset[0] = {-0.02, 0.01};
-    const Merge merged = merge(settings);
-    EXPECT_EQ(merged.info.fallback, HDR_FALLBACK_NONE);
-    std::array<Luminance, 3> truths;
-    for (int shot = 0; shot < 3; shot++)
-        truths[static_cast<size_t>(shot)] = logRadiance(settings, shot);
-    const std::array<int, 2> others = {0, 2};
-    const scene::Mask moved = scene::motionMask(settings, others, 1);
-    int patches = 0, single = 0;
-    for (int y = 0; y + kPatch <= kHeight; y += kPatch / 2)
-        for (int x = 0; x + kPatch <= kWidth; x += kPatch / 2) {
-            if (!moved.at(x + kPatch / 2, y + kPatch / 2))
-                continue;
-            double best = -1, texture = 0;
-            for (const Luminance &truth : truths) {
-                const Patch patch = comparePatch(truth, merged.picture, x, y);
-                best = std::max(best, patch.correlation);
-                texture = std::max(texture, patch.deviationA);
-            }
-            if (texture < 0.15)
-                continue;
-            patches++;
-            single += best >= 0.75;
-        }
-    ASSERT_GT(patches, 50);
-    EXPECT_GT(static_cast<double>(single) / patches, 0.85);
-}
-
-TEST(SceneMerge, NothingToAlignOnEndsInAnUntornPicture) {
-    SceneSettings settings = staticScene(17);
-    settings.variant = scene::Variant::flatGrey;
-    settings.sensorNoise = false;
-    const Merge merged = merge(settings);
-    EXPECT_EQ(merged.info.fallback, HDR_FALLBACK_FEATURES);
-    const auto [low, high] = std::minmax_element(merged.picture.values.begin(), merged.picture.values.end());
-    EXPECT_LE(*high - *low, 1);
 }
 
 } // namespace

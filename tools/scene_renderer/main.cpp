@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// tristop-scene: writes a rendered bracket of three JPEG photographs with EXIF exposure data.
+// tristop-scene: writes a rendered bracket of three photographs, JPEG or DNG, with EXIF exposure data.
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -20,6 +20,7 @@
 #include <exiv2/exiv2.hpp>
 #include <jpeglib.h>
 
+#include "tools/scene_renderer/dng.h"
 #include "tools/scene_renderer/scene.h"
 
 namespace {
@@ -27,6 +28,7 @@ namespace {
 using namespace tristop::scene;
 
 constexpr double kSecondsAtZeroStops = 1.0 / 60;
+constexpr uint16_t kIso = 200;
 constexpr int kFocalLength = 29; // millimetres, for a picture 36 mm wide
 
 std::vector<Exiv2::byte> encodeJpeg(const Picture<std::uint8_t> &picture, int quality) {
@@ -64,9 +66,13 @@ Exiv2::URational exposureTime(double stops) {
     return {static_cast<uint32_t>(std::round(seconds * 1e6)), 1000000};
 }
 
+std::string takenAt(int shot) {
+    return "2025:06:21 09:30:0" + std::to_string(shot);
+}
+
 Exiv2::ExifData exposureData(const SceneSettings &settings, int shot) {
     const double stops = settings.stops[static_cast<std::size_t>(shot)];
-    const std::string time = "2025:06:21 09:30:0" + std::to_string(shot);
+    const std::string time = takenAt(shot);
     Exiv2::ExifData exif;
     exif["Exif.Image.Make"] = "Tristop";
     exif["Exif.Image.Model"] = "Scene renderer";
@@ -75,7 +81,7 @@ Exiv2::ExifData exposureData(const SceneSettings &settings, int shot) {
     exif["Exif.Photo.DateTimeOriginal"] = time;
     exif["Exif.Photo.ExposureTime"] = exposureTime(stops);
     exif["Exif.Photo.FNumber"] = Exiv2::URational(8, 1);
-    exif["Exif.Photo.ISOSpeedRatings"] = uint16_t{200};
+    exif["Exif.Photo.ISOSpeedRatings"] = kIso;
     exif["Exif.Photo.ExposureBiasValue"] =
         Exiv2::Rational(static_cast<int32_t>(std::lround(stops * 100)), 100);
     exif["Exif.Photo.FocalLength"] = Exiv2::URational(kFocalLength, 1);
@@ -86,17 +92,34 @@ Exiv2::ExifData exposureData(const SceneSettings &settings, int shot) {
     return exif;
 }
 
-void writePhotograph(const std::filesystem::path &path, std::span<const Exiv2::byte> jpeg,
-                     const Exiv2::ExifData &exif) {
+void writeFile(const std::filesystem::path &path, std::span<const Exiv2::byte> bytes) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file)
+        throw std::runtime_error("cannot write " + path.string());
+}
+
+void writeJpeg(const std::filesystem::path &path, std::span<const Exiv2::byte> jpeg,
+               const Exiv2::ExifData &exif) {
     const auto image = Exiv2::ImageFactory::open(jpeg.data(), static_cast<long>(jpeg.size()));
     image->setExifData(exif);
     image->writeMetadata();
     Exiv2::BasicIo &bytes = image->io();
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(bytes.mmap()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file)
-        throw std::runtime_error("cannot write " + path.string());
+    writeFile(path, {bytes.mmap(), static_cast<std::size_t>(bytes.size())});
+}
+
+DngEntries dngEntries(const SceneSettings &settings, int shot) {
+    const double stops = settings.stops[static_cast<std::size_t>(shot)];
+    const auto [numerator, denominator] = exposureTime(stops);
+    DngEntries entries;
+    entries.dateTime = takenAt(shot);
+    entries.exposureTime = {static_cast<int32_t>(numerator), static_cast<int32_t>(denominator)};
+    entries.fNumber = {8, 1};
+    entries.iso = kIso;
+    entries.exposureBias = {static_cast<int32_t>(std::lround(stops * 100)), 100};
+    entries.focalLength = {kFocalLength, 1};
+    return entries;
 }
 
 } // namespace
@@ -105,10 +128,10 @@ int main(int argc, char **argv) {
     SceneSettings settings;
     std::filesystem::path folder = ".";
     int quality = 92, threads = 0;
-    bool still = false, noiseless = false;
+    bool still = false, noiseless = false, raw = false;
 
-    CLI::App app(
-        "Renders dark.jpg, middle.jpg and bright.jpg: a sunlit view through the window of a dim room.");
+    CLI::App app("Renders dark.jpg, middle.jpg and bright.jpg (or .dng): a sunlit view through the window of "
+                 "a dim room.");
     app.add_option("folder", folder, "Folder to write to")
         ->check(CLI::ExistingDirectory)
         ->capture_default_str();
@@ -133,6 +156,7 @@ int main(int argc, char **argv) {
     app.add_flag("--still", still, "Hold the camera still");
     app.add_flag("--no-noise", noiseless, "Leave out the sensor's noise");
     app.add_option("--quality", quality, "JPEG quality")->check(CLI::Range(1, 100))->capture_default_str();
+    app.add_flag("--raw", raw, "Write camera RAW files, dark.dng and so on, instead of JPEG");
     app.add_option("--threads", threads, "Threads to use, 0 for all")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
@@ -142,11 +166,16 @@ int main(int argc, char **argv) {
         settings.camera = {};
     settings.sensorNoise = !noiseless;
     try {
-        constexpr std::array<const char *, 3> kNames = {"dark.jpg", "middle.jpg", "bright.jpg"};
-        for (int shot = 0; shot < 3; ++shot)
-            writePhotograph(folder / kNames[static_cast<std::size_t>(shot)],
-                            encodeJpeg(render(settings, shot, threads), quality),
-                            exposureData(settings, shot));
+        constexpr std::array<const char *, 3> kNames = {"dark", "middle", "bright"};
+        for (int shot = 0; shot < 3; ++shot) {
+            const std::filesystem::path path = folder / kNames[static_cast<std::size_t>(shot)];
+            if (raw)
+                writeFile(path.string() + ".dng",
+                          encodeDng(renderMosaic(settings, shot, threads), dngEntries(settings, shot)));
+            else
+                writeJpeg(path.string() + ".jpg", encodeJpeg(render(settings, shot, threads), quality),
+                          exposureData(settings, shot));
+        }
     } catch (const std::exception &error) {
         std::cerr << "tristop-scene: " << error.what() << '\n';
         return 1;

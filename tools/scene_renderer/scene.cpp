@@ -203,6 +203,22 @@ Picture<std::uint8_t> render(const SceneSettings &settings, int shot, int thread
     return picture;
 }
 
+Mosaic renderMosaic(const SceneSettings &settings, int shot, int threads) {
+    validate(settings, shot);
+    const Stage stage(settings, shot);
+    const Camera camera(settings, shot, stage);
+    const Sensor sensor(settings.seed, shot, settings.sensorNoise);
+    const auto exposure = static_cast<float>(std::exp2(settings.stops[static_cast<std::size_t>(shot)]));
+    Mosaic mosaic = {settings.width, settings.height, samplesFor<std::uint16_t>(settings, 1)};
+    parallelFor(settings.height, threads, [&](int y) {
+        for (int x = 0; x < settings.width; ++x) {
+            const Color read = sensor.readings(camera.pixel(x, y) * exposure, x, y);
+            mosaic.expose(x, y, {read.x, read.y, read.z});
+        }
+    });
+    return mosaic;
+}
+
 Picture<float> radiance(const SceneSettings &settings, int shot, int threads) {
     validate(settings, shot);
     const Stage stage(settings, shot);
@@ -215,6 +231,21 @@ Picture<float> radiance(const SceneSettings &settings, int shot, int threads) {
             samples[0] = color.x;
             samples[1] = color.y;
             samples[2] = color.z;
+        }
+    });
+    return picture;
+}
+
+Picture<std::uint8_t> develop(const Picture<float> &radiance, const SceneSettings &settings, int shot,
+                              int threads) {
+    validate(settings, shot);
+    const Sensor sensor(settings.seed, shot, settings.sensorNoise);
+    const auto exposure = static_cast<float>(std::exp2(settings.stops[static_cast<std::size_t>(shot)]));
+    Picture<std::uint8_t> picture = {settings.width, settings.height, samplesFor<std::uint8_t>(settings, 3)};
+    parallelFor(settings.height, threads, [&](int y) {
+        for (int x = 0; x < settings.width; ++x) {
+            const float *light = radiance.pixel(x, y);
+            sensor.develop(Color{light[0], light[1], light[2]} * exposure, x, y, picture.pixel(x, y));
         }
     });
     return picture;

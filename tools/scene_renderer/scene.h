@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "tools/scene_renderer/mosaic.h"
 #include "tools/scene_renderer/motion.h"
 
 /// Renders exposure brackets of a made-up scene, a sunlit view through the window of a dim room, together
@@ -107,6 +108,14 @@ Picture<std::uint8_t> render(const SceneSettings &settings, int shot, int thread
 
 /// The linear radiance that one shot's pixels receive, before exposure, noise and clipping.
 Picture<float> radiance(const SceneSettings &settings, int shot, int threads = 0);
+
+/// The photograph that the camera makes of the radiance of one shot: of radiance(settings, shot), what
+/// render(settings, shot) returns.
+Picture<std::uint8_t> develop(const Picture<float> &radiance, const SceneSettings &settings, int shot,
+                              int threads = 0);
+
+/// The same photograph as the sensor reads it, before any development: a raw picture behind a Bayer filter.
+Mosaic renderMosaic(const SceneSettings &settings, int shot, int threads = 0);
 
 /// True displacement of the static scene between two shots, exact at every position, inside the picture and
 /// out.

@@ -57,24 +57,28 @@ double exposureOfValue(double value) {
 Sensor::Sensor(std::uint64_t seed, int shot, bool noisy)
     : key(mixBits(mixBits(seed) + static_cast<std::uint64_t>(shot))), noisy(noisy) {}
 
+Color Sensor::readings(Color exposure, int x, int y) const {
+    if (!noisy)
+        return exposure;
+    const std::uint64_t pixel =
+        (std::uint64_t{static_cast<std::uint32_t>(y)} << 32) | static_cast<std::uint32_t>(x);
+    const std::uint64_t bits = mixBits(key ^ mixBits(pixel));
+    const auto [first, second] = normalPair(bits);
+    const auto withNoise = [](float channel, float deviate) {
+        const float electrons = channel * kFullWellElectrons;
+        return channel + deviate * std::sqrt(electrons + kReadNoiseElectrons * kReadNoiseElectrons) /
+                             kFullWellElectrons;
+    };
+    return {withNoise(exposure.x, first), withNoise(exposure.y, second),
+            withNoise(exposure.z, normalPair(mixBits(bits))[0])};
+}
+
 void Sensor::develop(Color exposure, int x, int y, std::uint8_t *samples) const {
-    std::array<float, 3> channels = {exposure.x, exposure.y, exposure.z};
-    if (noisy) {
-        const std::uint64_t pixel =
-            (std::uint64_t{static_cast<std::uint32_t>(y)} << 32) | static_cast<std::uint32_t>(x);
-        const std::uint64_t bits = mixBits(key ^ mixBits(pixel));
-        const auto [first, second] = normalPair(bits);
-        const std::array<float, 3> deviates = {first, second, normalPair(mixBits(bits))[0]};
-        for (std::size_t c = 0; c < 3; ++c) {
-            const float electrons = channels[c] * kFullWellElectrons;
-            channels[c] += deviates[c] * std::sqrt(electrons + kReadNoiseElectrons * kReadNoiseElectrons) /
-                           kFullWellElectrons;
-        }
-    }
+    const Color read = readings(exposure, x, y);
     const std::vector<float> &table = developmentTable();
-    for (std::size_t c = 0; c < 3; ++c)
-        samples[c] = static_cast<std::uint8_t>(
-            table[static_cast<std::size_t>(saturate(channels[c]) * 0x10000)] + 0.5f);
+    for (const float channel : {read.x, read.y, read.z})
+        *samples++ =
+            static_cast<std::uint8_t>(table[static_cast<std::size_t>(saturate(channel) * 0x10000)] + 0.5f);
 }
 
 } // namespace tristop::scene

@@ -304,16 +304,18 @@ TEST(Alignment, ARepeatingPatternIsTakenToHaveMovedLittle) {
     EXPECT_LT(errorsOf(run, settings, kBright).rootMeanSquare, 0.5);
 }
 
-TEST(Alignment, ExposuresOfDifferentScenesFallBack) {
+TEST(Alignment, AnExposureOfAnotherSceneIsLeftOutAndTwoEndTheMerge) {
     test::BracketSettings settings;
     test::Bracket bracket(settings);
-    settings.seed = 77;
-    const test::Bracket other(settings);
-    bracket.bytes[kBright] = other.bytes[kBright];
-    const Prepared run(bracket);
-    EXPECT_EQ(run.status, HDR_OK);
-    EXPECT_EQ(run.context.earlyExitCode, HDR_ERR_ALIGN);
-    EXPECT_TRUE(isUnmoved(run.context.alignment, kBright));
+    for (const auto &[strange, seed] : {std::pair{kBright, 77}, {kDark, 78}}) {
+        settings.seed = static_cast<uint32_t>(seed);
+        bracket.bytes[strange] = test::Bracket(settings).bytes[strange];
+        const Prepared run(bracket);
+        EXPECT_EQ(run.status, HDR_OK);
+        EXPECT_EQ(run.context.earlyExitCode, strange == kBright ? HDR_OK : HDR_ERR_ALIGN);
+        EXPECT_EQ(run.context.ghosts.excludedInputs[strange], 1);
+        EXPECT_TRUE(isUnmoved(run.context.alignment, strange));
+    }
 }
 
 TEST(Alignment, AnExposureThatShowsNothingStaysAndLooksLikeTheReference) {

@@ -3,12 +3,18 @@
 
 #include "engine/core/memory.h"
 #include "engine/core/plane.h"
+#include "engine/prepare/features.h"
 #include "engine/prepare/tone_correction.h"
+#include "engine/prepare/warp_grids.h"
+#include "tests/support/picture.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <functional>
+#include <random>
 #include <vector>
 
 namespace hdr {
@@ -122,6 +128,85 @@ TEST_F(ToneCorrection, LeavesSmallDifferencesAndUnequalPartnersAlone) {
     const Luma ground([](int x, int) { return 100 + x / 2; });
     const Luma block([&](int x, int y) { return inBlock(x, y) ? 200 : 100 + x / 2; });
     EXPECT_EQ(correct(ground, block, whole), identity);
+}
+
+TEST_F(ToneCorrection, KnowsWhereTheReferenceIsClippedAndNeverFalls) {
+    // Each own level on 32 pixels; the reference shows twice as much and is clipped from level 115 on. Fitted
+    // tones fall where few pixels guide them.
+    const Luma own([](int x, int) { return 60 + 3 * x; });
+    const Luma reference([](int x, int) { return std::min(2 * (60 + 3 * x), 234); });
+    for (size_t i = 0; i < 256; i++)
+        identity[i] = static_cast<uint8_t>(i < 150 ? std::min<size_t>(2 * i, 234) : 234 - (i - 150));
+    const auto tones = correct(reference, own, whole);
+    EXPECT_EQ(tones[100], 200);
+    for (size_t i = 120; i < 256; i++)
+        EXPECT_GE(tones[i], 228) << i;
+    EXPECT_TRUE(std::is_sorted(tones.begin(), tones.end()));
+}
+
+/// The reduced samples of the block that the input shows where the reference has reduced pixel (x, y), or
+/// false when some of it lies outside: the slow way, with the displacement in floating point.
+bool reducedBlock(const Alignment &alignment, const Offscreen &picture, int x, int y,
+                  std::array<int, 3> &reduced) {
+    const Vector centre = fullPosition({static_cast<double>(x), static_cast<double>(y)});
+    const Vector displacement = warpDisplacement(alignment, 0, centre);
+    const int wantedX = 8 * x - static_cast<int>(std::floor(displacement.x + 0.5));
+    const int wantedY = 8 * y - static_cast<int>(std::floor(displacement.y + 0.5));
+    const int left = std::clamp(wantedX, 0, picture.i32Width - 8);
+    const int top = std::clamp(wantedY, 0, picture.i32Height - 8);
+    for (int channel = 0; channel < 3; channel++) {
+        int firstEight = 0, sample = 0;
+        for (int i = 0; i < 9; i++) {
+            firstEight += sample;
+            const int lumaColumn = left + std::array{0, 2, 6}[static_cast<size_t>(i % 3)];
+            const int pair = left / 2 + std::array{0, 1, 3}[static_cast<size_t>(i % 3)];
+            const int column = channel == 0 ? 2 * lumaColumn : 4 * pair + 2 * channel - 1;
+            sample = picture.ppu8Plane[0][(top + 3 * (i / 3)) * picture.pi32Pitch[0] + column];
+        }
+        reduced[static_cast<size_t>(channel)] = (firstEight / 8 * 8 + sample) * 116508 / 1048576;
+    }
+    return left == wantedX && top == wantedY;
+}
+
+TEST(ReduceAligned, FollowsTheDisplacementToTheNearestPixel) {
+    const test::Picture picture(HDR_FORMAT_YUY2, 644, 533, test::noise(3));
+    std::minstd_rand random(5);
+    std::uniform_int_distribution<int> offset(-40, 40);
+    Alignment alignment{};
+    alignment.warpWidth = warpNodeCount(644);
+    alignment.warpHeight = warpNodeCount(533);
+    std::vector<int32_t> grids(2 * static_cast<size_t>(alignment.warpWidth * alignment.warpHeight));
+    alignment.warpX[0] = grids.data();
+    alignment.warpY[0] = grids.data() + grids.size() / 2;
+    for (const auto &[shiftX, shiftY] : {std::array{0, 0}, {-31, 55}, {70, -64}}) {
+        std::generate(grids.begin(), grids.end(), [&] { return offset(random); });
+        alignment.globalShift[0][0] = shiftX;
+        alignment.globalShift[0][1] = shiftY;
+        const int width = 80, height = 66;
+        std::vector<uint8_t> samples(3 * width * height);
+        Offscreen reduced = {
+            HDR_FORMAT_YUV444,
+            width,
+            height,
+            {samples.data(), samples.data() + width * height, samples.data() + 2 * width * height},
+            {width, width, width}};
+        Rect valid;
+        ASSERT_EQ(reduceAligned(nullptr, alignment, 0, picture.record, reduced, valid), HDR_OK);
+        for (int y = 0; y < height; y++) {
+            for (int x = 0; x < width; x++) {
+                std::array<int, 3> expected;
+                const bool inside = reducedBlock(alignment, picture.record, x, y, expected);
+                for (int plane = 0; plane < 3; plane++)
+                    ASSERT_EQ(planeOf(reduced, plane)(x, y), expected[static_cast<size_t>(plane)])
+                        << plane << " at " << x << ", " << y;
+                if (!inside) {
+                    EXPECT_FALSE(x >= valid.x0 && x < valid.x1 && y >= valid.y0 && y < valid.y1);
+                }
+            }
+        }
+        EXPECT_GT(valid.x1 - valid.x0, width / 2);
+        EXPECT_GT(valid.y1 - valid.y0, height / 2);
+    }
 }
 
 } // namespace

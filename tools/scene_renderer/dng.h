@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/scene_renderer/mosaic.h"
+
+namespace tristop::scene {
+
+/// Numerator and denominator.
+using Fraction = std::array<std::int32_t, 2>;
+
+/// What the camera writes beside the readings. Empty texts and entries are left out of the file.
+struct DngEntries {
+    std::string make = "Tristop";
+    std::string model = "Scene renderer";
+    std::string dateTime = {}; ///< "2025:06:21 09:30:00"
+    std::optional<std::uint16_t> orientation = 1;
+    std::optional<Fraction> xResolution = {}, yResolution = {}; ///< dots an inch
+    std::optional<Fraction> exposureTime = {};                  ///< seconds
+    std::optional<Fraction> fNumber = {};
+    std::optional<std::uint16_t> iso = {};
+    std::optional<Fraction> exposureBias = {}; ///< EV
+    std::optional<Fraction> focalLength = {};  ///< millimetres
+};
+
+/// A DNG file (Adobe Digital Negative 1.4): the mosaic uncompressed in 16 bits behind all entries, with the
+/// colour matrix and white balance that bring it to linear sRGB.
+std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entries = {});
+
+} // namespace tristop::scene
