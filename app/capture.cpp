@@ -105,6 +105,8 @@ std::optional<std::string> readCapture(const std::string &path, Capture &capture
     const auto [exif, width, height] = readExifHeader(path);
     if (typeBySuffix(path) == PhotographType::Raw ? exif.empty() : width <= 0 || height <= 0)
         return "is no photograph that can be read";
+    if (textAt(exif, "Exif.Image.Software").starts_with("Tristop "))
+        return "is a merged picture"; // with the camera's data of one of its photographs
     result.width = width;
     result.height = height;
     const double orientation = numberAt(exif, "Exif.Image.Orientation");

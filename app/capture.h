@@ -25,8 +25,8 @@ struct Capture {
 
 /**
  * Reads the headers of the JPEG or camera RAW file at `path`. Entries that are missing, zero or malformed
- * count as unknown. Returns why the file cannot be used, in words that follow its name, or nothing on
- * success. Safe to call from several threads.
+ * count as unknown. Merged pictures are refused. Returns why the file cannot be used, in words that follow
+ * its name, or nothing on success. Safe to call from several threads.
  */
 std::optional<std::string> readCapture(const std::string &path, Capture &capture);
 

@@ -140,7 +140,23 @@ FileError cannotWrite(const std::string &path, const std::string &why) {
 }
 
 std::string errnoMessage(int error) {
-    return std::generic_category().message(error);
+    switch (error) {
+    case ENOSPC:
+        return "the disk is full";
+    case EDQUOT:
+        return "your share of the disk is used up";
+    case EFBIG:
+        return "the file would be larger than is allowed here";
+    case EROFS:
+        return "the disk is read-only";
+    case EACCES:
+    case EPERM:
+        return "you have no permission to write there";
+    case ENOENT:
+        return "its folder is gone";
+    default:
+        return std::generic_category().message(error);
+    }
 }
 
 std::optional<FileError> checkFileTarget(const std::string &path) {

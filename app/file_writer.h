@@ -14,7 +14,7 @@ namespace tristop {
 /// The error of a file that could not be written.
 FileError cannotWrite(const std::string &path, const std::string &why);
 
-/// What the system says of an errno value.
+/// What an errno value means for a file that is being written.
 std::string errnoMessage(int error);
 
 /// Why no file can be written at `path`, as far as can be told without writing; nothing when it looks well.

@@ -5,13 +5,14 @@
 #include <string>
 
 #include "app/file_error.h"
-#include "app/pixels.h"
+#include "app/picture_encoding.h"
 
 namespace tristop {
 
-enum class PictureFormat { Png, Jpeg };
+enum class PictureFormat { Png, Jpeg, Tiff };
 
-/// The format that a file's name asks for (.png, .jpg or .jpeg in any case); none for any other name.
+/// The format that a file's name asks for (.png, .jpg, .jpeg, .tif or .tiff in any case); none for any other
+/// name.
 std::optional<PictureFormat> pictureFormat(const std::string &path);
 
 /// Why no picture can be written at `path`, as far as can be told without writing; nothing when it looks
@@ -19,9 +20,16 @@ std::optional<PictureFormat> pictureFormat(const std::string &path);
 std::optional<FileError> checkTarget(const std::string &path);
 
 /**
- * Writes a picture as PNG (24 bit) or JPEG (quality 92, full colour resolution), as the name asks, tagged as
- * sRGB, in the manner of replaceFile. Returns why it could not be written, or nothing on success.
+ * Writes an opaque picture of 24 bits a pixel, tagged as sRGB, in the manner of replaceFile. Returns why it
+ * could not be written, or nothing on success.
  */
-std::optional<FileError> writePicture(const std::string &path, const BgrView &picture);
+std::optional<FileError> writePicture(const std::string &path, PictureFormat format,
+                                      const PictureView &picture, const PictureProperties &properties = {},
+                                      const EncodingOptions &options = {});
+
+/// Writes a picture in the format that the file's name asks for.
+std::optional<FileError> writePicture(const std::string &path, const PictureView &picture,
+                                      const PictureProperties &properties = {},
+                                      const EncodingOptions &options = {});
 
 } // namespace tristop

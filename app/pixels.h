@@ -62,14 +62,6 @@ inline BgrxImage allocBgrx(int32_t width, int32_t height) {
     return image;
 }
 
-/// A borrowed BGR picture (blue, green, red) in sRGB, rows `lineBytes` apart.
-struct BgrView {
-    const uint8_t *pixels = nullptr;
-    int32_t width = 0;
-    int32_t height = 0;
-    int32_t lineBytes = 0;
-};
-
 /// A picture of three bytes a pixel (red, green, blue), rows `lineBytes` apart.
 struct RgbImage {
     int32_t width = 0;

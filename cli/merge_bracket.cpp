@@ -11,6 +11,7 @@
 #include "cli/report/merge_inspection.h"
 #include "cli/report/report_folder.h"
 #include "cli/texts.h"
+#include "cli/write_options.h"
 
 namespace tristop {
 namespace {
@@ -43,12 +44,14 @@ ExitStatus mergeFailed(HdrStatus status, MergeReport &report) {
 }
 
 /// Reads the photographs into the engine's inputs.
-ExitStatus readPhotographs(const Options &options, IHDREngineController &controller, MergeReport &report) {
+ExitStatus readPhotographs(const Options &options, IHDREngineController &controller, CameraExifs &cameraExifs,
+                           MergeReport &report) {
     const Stopwatch stopwatch;
     Photographs photographs;
     report.error = openPhotographs(options.photographs, photographs);
     if (report.error)
         return kBadPhotograph;
+    cameraExifs = readCameraExifs(options.photographs, options.writing);
     const ImageSize size = photographs[0].imageSize(photographs[0].orientation());
     report.width = static_cast<int32_t>(size.width);
     report.height = static_cast<int32_t>(size.height);
@@ -92,11 +95,12 @@ ExitStatus applyEffect(const Options &options, IHDREngineController &controller,
     return picture.bgr ? kSuccess : mergeFailed(HDR_ERR_NOMEM, report);
 }
 
-ExitStatus write(const Options &options, const Picture &picture, MergeReport &report) {
+ExitStatus write(const Options &options, const Picture &picture, const CameraExifs &cameraExifs,
+                 MergeReport &report) {
     const Stopwatch stopwatch;
-    // The engine's pictures are up to three pixels wider than the photographs.
-    report.error = writePicture(
-        options.output, {picture.bgr.get(), report.width, report.height, bgrLineBytes(picture.width)});
+    report.error = writeMergedPicture(
+        options.output, {picture.bgr.get(), picture.width, picture.height, bgrLineBytes(picture.width)},
+        report.width, cameraExifs[static_cast<size_t>(report.runInfo.midIndex)], options.writing);
     report.writeMilliseconds = stopwatch.milliseconds();
     return report.error ? kCannotWrite : kSuccess;
 }
@@ -106,11 +110,13 @@ ExitStatus run(const Options &options, const MergeWatch &watch, MergeReport &rep
     if (report.error)
         return kCannotWrite;
     const auto cancelled = [&watch] { return watch.cancelRequested && watch.cancelRequested(); };
+    CameraExifs cameraExifs;
     Picture picture;
     MergeInspection inspection;
     {
         WatchedMerge controller(watch);
-        if (const ExitStatus status = readPhotographs(options, controller, report); status != kSuccess)
+        if (const ExitStatus status = readPhotographs(options, controller, cameraExifs, report);
+            status != kSuccess)
             return status;
         if (cancelled())
             return mergeFailed(HDR_CANCELLED, report);
@@ -122,7 +128,7 @@ ExitStatus run(const Options &options, const MergeWatch &watch, MergeReport &rep
     }
     if (cancelled())
         return mergeFailed(HDR_CANCELLED, report);
-    if (const ExitStatus status = write(options, picture, report); status != kSuccess)
+    if (const ExitStatus status = write(options, picture, cameraExifs, report); status != kSuccess)
         return status;
     if (!options.reportFolder.empty())
         report.error = writeReportFolder(options, report, inspection);

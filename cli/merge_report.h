@@ -30,7 +30,7 @@ private:
 struct MergeReport {
     ExitStatus exitStatus = kSuccess;
     std::optional<FileError> error; ///< why the command failed; without a path when no file is to blame
-    int32_t width = 0;              ///< of the photographs and of the result, in pixels
+    int32_t width = 0;              ///< of the photographs, in pixels
     int32_t height = 0;
     std::optional<HdrStatus> engineStatus;
     HdrRunInfo runInfo{};   ///< of a run that ended with HDR_OK

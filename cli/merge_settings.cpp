@@ -10,6 +10,7 @@
 
 #include "app/lomo_engine.h"
 #include "cli/command_line.h"
+#include "cli/json_settings.h"
 
 namespace tristop {
 namespace {
@@ -64,6 +65,7 @@ void addMergeSettings(CLI::App &app, MergeSettings &settings) {
                                          "Colour style; art is a cross-processed look, bw black and white")
         ->type_name("style")
         ->option_text("original|art|bw (original)");
+    addWriteOptions(app, settings.writing);
 }
 
 nlohmann::ordered_json settingsAsJson(const MergeSettings &settings) {
@@ -71,19 +73,15 @@ nlohmann::ordered_json settingsAsJson(const MergeSettings &settings) {
     for (const NumberSetting &number : kNumbers)
         json[number.key] = settings.*number.value;
     json["style"] = std::ranges::find(kStyles, settings.style, &Style::value)->name;
+    json["writing"] = writeOptionsAsJson(settings.writing);
     return json;
 }
 
 std::optional<std::string> readSettings(const nlohmann::ordered_json &json, MergeSettings &settings) {
-    for (const NumberSetting &number : kNumbers) {
-        if (!json.contains(number.key))
-            continue;
-        const auto &value = json.at(number.key);
-        if (!value.is_number_integer() || value < number.lowest || value > number.highest)
-            return std::string(number.key) + " must be a whole number from " + std::to_string(number.lowest) +
-                   " to " + std::to_string(number.highest);
-        settings.*number.value = value.get<int32_t>();
-    }
+    for (const NumberSetting &number : kNumbers)
+        if (const auto mistake =
+                readNumber(json, number.key, settings.*number.value, number.lowest, number.highest))
+            return mistake;
     if (json.contains("style")) {
         const auto &name = json.at("style");
         const auto style = name.is_string() ? styleNamed(name.get<std::string>()) : std::nullopt;
@@ -91,7 +89,7 @@ std::optional<std::string> readSettings(const nlohmann::ordered_json &json, Merg
             return "style must be original, art or bw";
         settings.style = *style;
     }
-    return std::nullopt;
+    return json.contains("writing") ? readWriteOptions(json.at("writing"), settings.writing) : std::nullopt;
 }
 
 } // namespace tristop

@@ -7,13 +7,15 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "cli/write_options.h"
+
 namespace CLI {
 class App;
 }
 
 namespace tristop {
 
-/// How photographs are merged: the same for one bracket and for a batch of them.
+/// How photographs are merged and results are written: the same for one bracket and for a batch of them.
 struct MergeSettings {
     int32_t toneLength = 45;
     int32_t brightness = 10;
@@ -22,6 +24,7 @@ struct MergeSettings {
     int32_t contrast = 0;
     int32_t saturation = 0;
     int32_t style = 0; ///< LomoSettings::kStyle…
+    WriteOptions writing;
 
     bool operator==(const MergeSettings &) const = default;
 };

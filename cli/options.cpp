@@ -26,7 +26,7 @@ std::optional<std::string> fileMistake(const Options &options) {
             if (sameFile(photographs[i], photographs[j]))
                 return photographs[j] + ": is given twice; a merge takes three different photographs";
     if (!pictureFormat(options.output))
-        return options.output + ": its name must end in .png, .jpg or .jpeg";
+        return options.output + ": its name must end in .png, .jpg, .jpeg, .tif or .tiff";
     for (const std::string &photograph : photographs)
         if (sameFile(photograph, options.output))
             return options.output + ": the result would overwrite one of the photographs";
@@ -46,7 +46,7 @@ std::variant<Options, ExitStatus> parseOptions(int argc, char **argv) {
     app.add_option("photographs", photographs,
                    "Three photographs of one size (camera RAW, JPEG or TIFF), in any order")
         ->option_text("DARK MIDDLE BRIGHT");
-    app.add_option("-o,--output", options.output, "The picture to write: PNG or JPEG by its name")
+    app.add_option("-o,--output", options.output, "The picture to write: PNG, JPEG or TIFF by its name")
         ->type_name("file name")
         ->option_text("OUT");
     addMergeSettings(app, options);

@@ -130,7 +130,8 @@ std::variant<BatchOptions, ExitStatus> parseBatchOptions(int argc, char **argv) 
         ->option_text("FOLDER...");
     addText(app, "-o,--output", options.resultFolder, "DIR", "The folder for the results");
     addText(app, "--name", options.nameTemplate, "TEMPLATE (" + options.nameTemplate + ")",
-            "Names of the results: {first} and {middle} photograph, {date}, {n}; PNG or JPEG by the suffix");
+            "Names of the results: {first} and {middle} photograph, {date}, {n}; PNG, JPEG or TIFF by the "
+            "suffix");
     addPause(app, options.rules);
     addGroup(app, options.rules);
     app.add_flag("--dry-run", options.dryRun, "Show the brackets and what is not used, merge nothing");

@@ -127,7 +127,7 @@ std::optional<std::string> templateMistake(const std::string &nameTemplate) {
     if (name->find('/') != std::string::npos)
         return "a name has no / in it";
     if (!pictureFormat(*name))
-        return "it must end in .png, .jpg or .jpeg";
+        return "it must end in .png, .jpg, .jpeg, .tif or .tiff";
     return std::nullopt;
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "app/pixels.h"
+#include "app/picture_view.h"
 
 namespace tristop {
 
@@ -30,7 +30,7 @@ public:
 
     int width() const { return columns; }
     int height() const { return rows; }
-    BgrView view() const { return {samples.data(), columns, rows, 3 * columns}; }
+    PictureView view() const { return {samples.data(), columns, rows, 3 * columns}; }
 
     Color at(int x, int y) const;
     void set(int x, int y, Color color);

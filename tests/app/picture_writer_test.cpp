@@ -8,9 +8,13 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include "app/camera_exif.h"
+#include "app/color_profile.h"
+#include "app/file_writer.h"
 #include "app/image_source.h"
 #include "app/pixels.h"
 #include "tests/app/photograph_files.h"
+#include "tests/app/written_files.h"
 
 namespace tristop {
 namespace {
@@ -28,13 +32,13 @@ protected:
             sample = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
     }
 
-    BgrView view() const { return {bgr.data(), kWidth, kHeight, lineBytes}; }
+    PictureView view() const { return {bgr.data(), kWidth, kHeight, lineBytes}; }
     Rgb pixel(int x, int y) const {
         const uint8_t *sample = &bgr[static_cast<size_t>(y * lineBytes + 3 * x)];
         return {sample[2], sample[1], sample[0]};
     }
-    std::string reason(const std::string &path) const {
-        const auto error = writePicture(path, view());
+    std::string reason(const std::string &path, const EncodingOptions &options = {}) const {
+        const auto error = writePicture(path, view(), {}, options);
         EXPECT_TRUE(!error || error->path == path);
         return error ? error->reason : "";
     }
@@ -49,10 +53,11 @@ protected:
 
 TEST_F(PictureWriterTest, writesPngWithoutLoss) {
     const std::string path = folder.path("picture.PNG");
-    for (const int height : {kHeight, 1, 9}) { // rows for eight strips and fewer
-        BgrView part = view();
+    for (const auto &[height, level] : // rows for eight strips and fewer
+         {std::pair{kHeight, 1}, {kHeight, 6}, {kHeight, 0}, {1, 1}, {9, 9}}) {
+        PictureView part = view();
         part.height = height;
-        ASSERT_FALSE(writePicture(path, part));
+        ASSERT_FALSE(writePicture(path, part, {}, {.pngLevel = level}));
         const TestPicture read = readPng(path);
         ASSERT_EQ(read.width, kWidth);
         ASSERT_EQ(read.height, height);
@@ -62,6 +67,43 @@ TEST_F(PictureWriterTest, writesPngWithoutLoss) {
     }
     EXPECT_TRUE(contains(readFile(path), "sRGB"));
     EXPECT_EQ(folder.names(), std::vector<std::string>{"picture.PNG"});
+}
+
+TEST_F(PictureWriterTest, writesTiffWithoutLoss) {
+    const std::string path = folder.path("picture.Tiff");
+    std::vector<uint8_t> exif = finishedExif({}, kWidth, kHeight, 72);
+    for (const TiffCompression compression :
+         {TiffCompression::None, TiffCompression::Lzw, TiffCompression::PackBits, TiffCompression::Deflate}) {
+        ASSERT_FALSE(writePicture(path, view(), {72, exif}, {.tiffCompression = compression}));
+        const TestTiff read = readTiff(path);
+        ASSERT_EQ(read.pages.size(), 1u);
+        const TestPicture &page = read.pages[0];
+        ASSERT_EQ(page.width, kWidth);
+        ASSERT_EQ(page.height, kHeight);
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x)
+                ASSERT_EQ(page.at(x, y), pixel(x, y));
+        constexpr std::array<int, 4> kTags = {1, 5, 32773, 8}; // in the file format
+        EXPECT_EQ(read.compression, kTags[static_cast<size_t>(compression)]);
+        EXPECT_EQ(read.samplesPerPixel, 3);
+        EXPECT_EQ(read.orientation, 1);
+        EXPECT_EQ(read.dotsPerInch, 72);
+        EXPECT_EQ(read.profile, srgbProfile());
+        exif.clear(); // the others are written without
+    }
+}
+
+TEST_F(PictureWriterTest, halvesTheColourResolutionOfSmallJpegs) {
+    const std::string path = folder.path("picture.jpg");
+    std::vector<uint8_t> previous;
+    for (const auto &[quality, sampling] : {std::pair{100, 1}, {90, 1}, {89, 2}, {40, 2}, {0, 2}}) {
+        ASSERT_EQ(reason(path, {.jpegQuality = quality}), "");
+        EXPECT_EQ(readJpegHeader(path).sampling, sampling) << quality;
+        EXPECT_EQ(readJpegHeader(path).dotsPerInch, 72);
+        const auto bytes = readFile(path);
+        EXPECT_TRUE(previous.empty() || bytes.size() < previous.size()) << quality;
+        previous = bytes;
+    }
 }
 
 TEST_F(PictureWriterTest, writesJpegWithFullColourResolutionAndProfile) {
@@ -92,7 +134,7 @@ TEST_F(PictureWriterTest, writesJpegWithFullColourResolutionAndProfile) {
 
 TEST_F(PictureWriterTest, tellsWhyATargetCannotBeWritten) {
     EXPECT_EQ(reason(folder.path("picture.bmp")),
-              "cannot be written: its name ends in neither .png nor .jpg");
+              "cannot be written: its name ends in none of .png, .jpg and .tif");
     std::filesystem::create_symlink("/dev/null", folder.path("null.png"));
     EXPECT_EQ(reason(folder.path("null.png")), "cannot be written: it is not an ordinary file");
     std::filesystem::create_symlink("loop.png", folder.path("loop.png"));
@@ -105,7 +147,7 @@ TEST_F(PictureWriterTest, leavesTheTargetAloneWhenTheDiskIsFull) {
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit usual{};
     getrlimit(RLIMIT_FSIZE, &usual);
-    for (const char *name : {"picture.png", "picture.jpg"}) {
+    for (const char *name : {"picture.png", "picture.jpg", "picture.tif"}) {
         const std::string path = folder.path(name);
         writeFile(path, {'o', 'l', 'd'});
         rlimit small = usual;
@@ -113,10 +155,23 @@ TEST_F(PictureWriterTest, leavesTheTargetAloneWhenTheDiskIsFull) {
         setrlimit(RLIMIT_FSIZE, &small);
         const std::string why = reason(path);
         setrlimit(RLIMIT_FSIZE, &usual);
-        EXPECT_EQ(why, "cannot be written: File too large");
+        EXPECT_EQ(why, "cannot be written: the file would be larger than is allowed here");
         EXPECT_EQ(readFile(path), (std::vector<uint8_t>{'o', 'l', 'd'}));
     }
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"picture.jpg", "picture.png"}));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"picture.jpg", "picture.png", "picture.tif"}));
+}
+
+TEST_F(PictureWriterTest, leavesNothingBehindWhenTheFolderGoes) {
+    const std::string gone = folder.path("gone"), path = gone + "/picture.png";
+    std::filesystem::create_directory(gone);
+    const auto error = replaceFile(path, [&](std::FILE *) -> std::optional<std::string> {
+        std::filesystem::rename(gone, folder.path("elsewhere"));
+        return std::nullopt;
+    });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->reason, "cannot be written: its folder is gone");
+    EXPECT_EQ(reason(path), "cannot be written: there is no folder " + gone);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"elsewhere"});
 }
 
 TEST_F(PictureWriterTest, writesTheFileBehindALinkAndKeepsItsMode) {

@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/app/written_files.h"
 #include "tests/cli/command_run.h"
 
 namespace tristop::testing {
@@ -207,6 +208,22 @@ TEST_F(BatchTest, mergesAFolderAndThenOnlyWhatIsNew) {
         EXPECT_EQ(after.erase(redone), 1u);
     }
     EXPECT_EQ(after, before);
+}
+
+TEST_F(BatchTest, writesAsThePlanSays) {
+    ASSERT_EQ(run({photograph(0, 0), photograph(0, 1), photograph(0, 2), "-o", path("out"), "--name", "a.tif",
+                   "--tiff-compression", "deflate", "--no-gps", "--plan", path("plan.json")})
+                  .status,
+              0);
+    ASSERT_EQ(run({"--run", path("plan.json")}).status, 0);
+    ASSERT_EQ(runCommand(folder, TRISTOP_CLI,
+                         {photograph(0, 0), photograph(0, 1), photograph(0, 2), "-o", path("alone.tif"),
+                          "--tiff-compression", "deflate", "--no-gps"})
+                  .status,
+              0);
+    EXPECT_EQ(readFile(path("out/a.tif")), readFile(path("alone.tif")));
+    EXPECT_EQ(readTiff(path("out/a.tif")).compression, 8) << "Adobe's deflate";
+    EXPECT_EQ(readExif(path("out/a.tif")).at("Exif.Photo.ExposureTime"), "1/60");
 }
 
 TEST_F(BatchTest, completesWhatWasInterrupted) {

@@ -4,12 +4,15 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
+#include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/app/written_files.h"
 #include "tests/cli/command_run.h"
 
 namespace tristop::testing {
@@ -29,6 +32,15 @@ protected:
         return runCommand(folder, program, arguments, setUp);
     }
 
+    /// The names that follow `mark` in a text.
+    static std::set<std::string> longOptions(const std::string &text, const std::string &mark = "--") {
+        const std::regex pattern(mark + "([a-z][a-z-]*)");
+        std::set<std::string> names;
+        for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
+            names.insert((*match)[1]);
+        return names;
+    }
+
     /// Expects an error of one line on standard error, nothing on standard output and no picture.
     void expectError(const Outcome &outcome, int status, const std::string &message) {
         EXPECT_EQ(outcome.status, status) << outcome.err;
@@ -44,13 +56,27 @@ protected:
 TEST_F(CliTest, tellsAboutItself) {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char *option :
-         {"--output", "--tone-length", "--brightness", "--tone-saturation", "--ghost", "--contrast",
-          "--saturation", "--style", "--report", "--json", "--quiet", "--version"})
-        EXPECT_NE(help.out.find(option), std::string::npos) << option;
+    EXPECT_GT(longOptions(help.out).size(), 15u);
+    EXPECT_TRUE(longOptions(help.out).contains("tiff-compression"));
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.out.rfind("tristop-cli ", 0), 0u);
+}
+
+TEST_F(CliTest, isDocumentedAndCompletedWhole) {
+    std::set<std::string> options = longOptions(run({"--help"}).out);
+    options.merge(longOptions(run({"batch", "--help"}).out));
+    const std::string sources = TRISTOP_CLI_SOURCES;
+    const auto textOf = [&](const std::string &name) {
+        const auto bytes = readFile(sources + name);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    std::string manual = textOf("/tristop-cli.1");
+    std::erase(manual, '\\');
+    EXPECT_EQ(longOptions(manual), options);
+    EXPECT_EQ(longOptions(textOf("/completions/tristop-cli.bash")), options);
+    EXPECT_EQ(longOptions(textOf("/completions/_tristop-cli")), options);
+    EXPECT_EQ(longOptions(textOf("/completions/tristop-cli.fish"), " -l "), options);
 }
 
 TEST_F(CliTest, refusesBadUsage) {
@@ -74,13 +100,17 @@ TEST_F(CliTest, refusesBadUsage) {
     refused({"--contrast", "1.5"}, "--contrast: must be a whole number from -100 to 100, not 1.5");
     refused({"--saturation", "-101"}, "--saturation: must be a whole number from -100 to 100, not -101");
     refused({"--style", "sepia"}, "--style: must be original, art or bw, not sepia");
+    refused({"--jpeg-quality", "101"}, "--jpeg-quality: must be a whole number from 0 to 100, not 101");
+    refused({"--png-level", "10"}, "--png-level: must be a whole number from 0 to 9, not 10");
+    refused({"--tiff-compression", "zip"},
+            "--tiff-compression: must be none, lzw, packbits or deflate, not zip");
     refused({"--ghost"}, "--ghost: 1 required number missing");
     const std::string twice = ": is given twice; a merge takes three different photographs";
     expectError(run({dark, dark, dark, "-o", out}), 2, dark + twice);
     const std::string detour = path("./middle.jpg");
     expectError(run({middle, bright, detour, "-o", out}), 2, detour + twice);
     expectError(run({dark, middle, bright, "-o", path("out.bmp")}), 2,
-                path("out.bmp") + ": its name must end in .png, .jpg or .jpeg");
+                path("out.bmp") + ": its name must end in .png, .jpg, .jpeg, .tif or .tiff");
     expectError(run({dark, middle, bright, "-o", path("./dark.jpg")}), 2,
                 path("./dark.jpg") + ": the result would overwrite one of the photographs");
     EXPECT_FALSE(readFile(dark).empty());
@@ -120,7 +150,7 @@ TEST_F(CliTest, tellsWhenThePictureCannotBeWritten) {
                 path("folder.png") + ": cannot be written: it is a folder");
     const std::string out = path("out.png");
     expectError(run({dark, middle, bright, "-o", out, "--ghost", "010"}, TRISTOP_CLI, "ulimit -f 8;"), 5,
-                out + ": cannot be written: File too large");
+                out + ": cannot be written: the file would be larger than is allowed here");
     const Outcome lost =
         run({dark, middle, bright, "-o", out, "--json"}, TRISTOP_CLI, "lost() { \"$@\" >/dev/full; }; lost");
     EXPECT_EQ(lost.status, 5);
@@ -264,6 +294,36 @@ TEST_F(CliTest, reportsHowAMergeCameAbout) {
     std::filesystem::remove(report + "/ghosts.png");
     std::filesystem::create_directory(report + "/ghosts.png");
     refused(report, report + "/ghosts.png: cannot be written: it is a folder");
+}
+
+TEST_F(CliTest, writesEveryFormatWithTheMiddlePhotographsMetadata) {
+    const auto &[dark, middle, bright] = names;
+    addExif(dark, {{"Exif.Image.Make", "Dark"}});
+    addExif(middle, {{"Exif.Image.Make", "Middle"}, {"Exif.GPSInfo.GPSLatitudeRef", "N"}});
+    addExif(bright, {{"Exif.Image.Make", "Bright"}});
+    const auto written = [&](const std::string &name, const std::vector<std::string> &more) {
+        std::vector<std::string> arguments = {bright, dark, middle, "-o", path(name)};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return path(name);
+    };
+    for (const char *name : {"out.png", "out.jpg", "out.tif"}) {
+        const auto exif = readExif(written(name, {}));
+        EXPECT_EQ(exif.at("Exif.Image.Make"), "Middle");
+        EXPECT_EQ(exif.at("Exif.Photo.PixelXDimension"), "161");
+        EXPECT_TRUE(exif.contains("Exif.GPSInfo.GPSLatitudeRef"));
+        EXPECT_FALSE(readExif(written(name, {"--no-gps"})).contains("Exif.GPSInfo.GPSLatitudeRef"));
+        EXPECT_FALSE(readExif(written(name, {"--no-metadata"})).contains("Exif.Photo.PixelXDimension"));
+    }
+    EXPECT_EQ(readPng(written("out.png", {"--keep-width", "--png-level", "0"})).width, 164);
+    EXPECT_GT(readFile(path("out.png")).size(), 3u * 164 * 120);
+    const TestTiff tiff = readTiff(written("out.tif", {"--tiff-compression", "packbits"}));
+    EXPECT_EQ(tiff.pages[0].width, 161);
+    EXPECT_EQ(tiff.pages[0].samples, readPng(written("same.png", {})).samples);
+    EXPECT_EQ(tiff.compression, 32773);
+    EXPECT_EQ(readJpegHeader(written("out.jpg", {})).sampling, 1);
+    EXPECT_EQ(readJpegHeader(written("out.jpg", {"--jpeg-quality", "89"})).sampling, 2);
 }
 
 TEST_F(CliTest, appliesTheColourEffect) {

@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include "app/camera_exif.h"
 #include "cli/batch/memory_budget.h"
+#include "cli/write_options.h"
 #include "tests/app/photograph_files.h"
 
 namespace tristop::testing {
@@ -56,6 +58,10 @@ TEST(PhotographSearch, readsCaptureDataOfAllFoldersButTheResults) {
     EXPECT_NEAR(*capture.exposureBias, -5 / 3.0, 1e-6);
     const Capture &plain = found.photographs[1].capture;
     EXPECT_FALSE(plain.time || plain.exposure || plain.exposureBias);
+    ASSERT_FALSE(writeMergedPicture(folder.path("merged.jpg"), {picture.samples.data(), 120, 100, 360}, 120,
+                                    readCameraExif(tagged, true), {}));
+    Capture merged;
+    EXPECT_EQ(readCapture(folder.path("merged.jpg"), merged), "is a merged picture");
 
     addExif(tagged, {{"Exif.Photo.DateTimeOriginal", "0000:00:00 00:00:00"},
                      {"Exif.Photo.ExposureTime", "1/0"},
@@ -92,6 +98,8 @@ BatchPlan samplePlan(const std::string &base, const std::string &nameTemplate) {
     MergeSettings settings;
     settings.toneLength = 7;
     settings.style = 2;
+    settings.writing = {
+        {.jpegQuality = 5, .tiffCompression = TiffCompression::PackBits, .pngLevel = 9}, false, false, true};
     return makePlan(found, brackets, settings, base + "/out", nameTemplate);
 }
 
@@ -107,6 +115,7 @@ TEST(BatchPlan, namesResults) {
     EXPECT_EQ(names("{date}.png"), (Names{"2024-01-02.png", "2024-01-02-2.png", "b/2024-01-02.png"}));
     EXPECT_EQ(names("{n}_{first}.PNG"), (Names{"1_0.PNG", "2_3.PNG", "b/3_0.PNG"}));
     EXPECT_FALSE(templateMistake("{first}{middle}{date}{n}.jpeg"));
+    EXPECT_FALSE(templateMistake("{n}.tif"));
     for (const char *wrong : {"{last}.jpg", "{first.jpg", "a/{n}.jpg", "{n}.gif", "{n}"})
         EXPECT_TRUE(templateMistake(wrong)) << wrong;
 }
@@ -143,6 +152,15 @@ TEST(BatchPlan, refusesWhatIsNoPlan) {
     EXPECT_EQ(refused(R"({"tristopPlan": 2})"), "is a plan of version 2; this program reads version 1");
     EXPECT_EQ(refused(R"({"tristopPlan": 1, "settings": {"ghost": 11}})"),
               "is not a sound plan: ghost must be a whole number from 0 to 10");
+    const auto writing = [&refused](const std::string &options) {
+        return refused(R"({"tristopPlan": 1, "settings": {"writing": )" + options + "}}");
+    };
+    EXPECT_EQ(writing(R"({"jpegQuality": -1})"),
+              "is not a sound plan: jpegQuality must be a whole number from 0 to 100");
+    EXPECT_EQ(writing(R"({"tiffCompression": "zip"})"),
+              "is not a sound plan: tiffCompression must be none, lzw, packbits or deflate");
+    EXPECT_EQ(writing(R"({"gps": 0})"), "is not a sound plan: gps must be true or false");
+    EXPECT_EQ(writing("7"), "is not a sound plan: writing must be an object");
     EXPECT_EQ(refused(R"({"tristopPlan": 1, "settings": {}, "unused": [], "merges": [
         {"photographs": ["a", "b"], "output": "c.png", "width": 1, "height": 1}]})"),
               "is not a sound plan: a merge takes three photographs");
