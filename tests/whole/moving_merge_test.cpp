@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ostream>
 
 namespace tristop::quality {
 namespace {
@@ -25,6 +26,10 @@ struct AlignmentCase {
     Size size;           ///< a change of perspective needs room: grids have a node every 256 pixels
     AlignmentError most; ///< half as much again as large pictures may show
 };
+
+void PrintTo(const AlignmentCase &one, std::ostream *out) {
+    *out << one.name;
+}
 
 class AlignmentOf : public testing::TestWithParam<AlignmentCase> {};
 
