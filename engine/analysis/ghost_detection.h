@@ -27,6 +27,9 @@ struct GhostDecision {
 /// and takes what differs from one exposure: corrects the three weight planes in place, fills the context's
 /// four ghost masks and GhostDecision, and leaves out the inputs that excludedInputs already names.
 ///
+/// Cells in which alignment knows of motion (Alignment::movedCells) are taken from one exposure as well;
+/// where that is the dark one, the reduced pictures are changed to show what it shows.
+///
 /// Luminance grids (0..255) and weights (0..256) are framed, packed width x height, at least 3 x 3. The
 /// context's ghostSuppressionLevel (0..10) lowers the thresholds: a higher level marks more cells. In the
 /// last column inside the frame, which has no statistics when the picture ends exactly with it, weights and

@@ -161,50 +161,43 @@ void analyseDarkSide(HdrContext *context, const GhostGrid &grid, RegionSearch &s
 /// The exposure that a region in which something moved is taken from.
 enum class Source { reference, dark, bright };
 
-/// Judges regions in which something moved.
-class MotionJudge {
-public:
-    explicit MotionJudge(const GhostGrid &grid) : grid(grid) {}
+/// A few cells in which one exposure alone differs may be the rim of something in the reference: they must be
+/// this share (one in so many) of those in which both differ.
+constexpr int64_t kLeastShareOfPlace = 4;
 
-    /// The reference, unless another exposure is needed more and shows each thing that moved exactly once.
-    Source sourceOf(std::span<const int32_t> region) const {
-        int64_t mid = 0, dark = 0, bright = 0, clipped = 0, dim = 0, cells = 0;
-        int64_t darkOnly = 0, brightOnly = 0, both = 0;
-        for (const int32_t cell : region) {
-            darkOnly += grid.darkMoved[cell] && !grid.brightMoved[cell];
-            brightOnly += !grid.darkMoved[cell] && grid.brightMoved[cell];
-            both += grid.darkMoved[cell] && grid.brightMoved[cell];
-            if (grid.nearestSampled(cell) != cell)
-                continue;
-            cells++;
-            mid += grid.midWeights[cell];
-            dark += grid.darkWeights[cell];
-            bright += grid.brightWeights[cell];
-            clipped += grid.brightLuma[cell] > kBrightClipped;
-            dim += grid.darkLuma[cell] < kDarkDim;
-        }
-        if (dark > mid + bright && 10 * dim < cells && isWhole(darkOnly, brightOnly, both))
-            return Source::dark;
-        if (bright > 2 * mid && 100 * clipped < cells && isWhole(brightOnly, darkOnly, both))
-            return Source::bright;
-        return Source::reference;
+/// Whether an exposure shows each thing in a region exactly once, given the cells in which it alone differs
+/// from the reference, the other one alone, or both. Where a thing stands in the reference, both differ;
+/// where it stands in one of them, that one alone does. So the exposure differs nowhere, or the region holds
+/// both places.
+bool showsThingsOnce(int64_t itAlone, int64_t otherAlone, int64_t both) {
+    if (itAlone + both == 0)
+        return true;
+    return kLeastShareOfPlace * itAlone >= both && itAlone > 0 && both + otherAlone > 0;
+}
+
+/// The reference, unless another exposure is needed more and shows each thing that moved exactly once.
+Source sourceOf(const GhostGrid &grid, std::span<const int32_t> region) {
+    int64_t mid = 0, dark = 0, bright = 0, clipped = 0, dim = 0, cells = 0;
+    int64_t darkOnly = 0, brightOnly = 0, both = 0;
+    for (const int32_t cell : region) {
+        darkOnly += grid.darkMoved[cell] && !grid.brightMoved[cell];
+        brightOnly += !grid.darkMoved[cell] && grid.brightMoved[cell];
+        both += grid.darkMoved[cell] && grid.brightMoved[cell];
+        if (grid.nearestSampled(cell) != cell)
+            continue;
+        cells++;
+        mid += grid.midWeights[cell];
+        dark += grid.darkWeights[cell];
+        bright += grid.brightWeights[cell];
+        clipped += grid.brightLuma[cell] > kBrightClipped;
+        dim += grid.darkLuma[cell] < kDarkDim;
     }
-
-private:
-    /// Where a thing stands in the reference, both other exposures differ; where it stands in one of them,
-    /// that one alone does. An exposure may replace the reference when it differs nowhere, or when the
-    /// region holds both places.
-    static bool isWhole(int64_t itAlone, int64_t otherAlone, int64_t both) {
-        if (itAlone + both == 0)
-            return true;
-        return kLeastShareOfPlace * itAlone >= both && itAlone > 0 && both + otherAlone > 0;
-    }
-
-    /// A few cells in which one exposure alone differs may be the rim of something in the reference.
-    static constexpr int64_t kLeastShareOfPlace = 4;
-
-    const GhostGrid &grid;
-};
+    if (dark > mid + bright && 10 * dim < cells && showsThingsOnce(darkOnly, brightOnly, both))
+        return Source::dark;
+    if (bright > 2 * mid && 100 * clipped < cells && showsThingsOnce(brightOnly, darkOnly, both))
+        return Source::bright;
+    return Source::reference;
+}
 
 /// Lets the reduced pictures show in a cell what the dark exposure shows there, each in its own tones: the
 /// first merge mixes all of them, whatever the cell's weights are.
@@ -236,12 +229,11 @@ void showDarkEverywhere(HdrContext *context, const GhostGrid &grid, int32_t cell
 bool replaceMoved(HdrContext *context, const GhostGrid &grid, const KnownMotion &motion, RegionSearch &search,
                   GhostProposal &proposal) {
     ExposureWeights &masks = context->weights;
-    const MotionJudge judge(grid);
     bool anyRegion = false;
     search.start(motion.either.data);
     while (search.next()) {
         anyRegion = true;
-        const Source ofRegion = judge.sourceOf(search.cells());
+        const Source ofRegion = sourceOf(grid, search.cells());
         for (const int32_t cell : search.cells()) {
             // Where the dark exposure agrees with the reference, it may give the highlights of the same
             // thing.
@@ -249,13 +241,14 @@ bool replaceMoved(HdrContext *context, const GhostGrid &grid, const KnownMotion 
             const bool highlight = ofRegion == Source::reference && !motion.dark.data[cell] &&
                                    grid.darkWeights[sampled] > grid.midWeights[sampled];
             const Source source = highlight ? Source::dark : ofRegion;
-            masks.ghostMaskC[cell] |= motion.bright.data[cell];
-            masks.ghostMaskD[cell] = source == Source::bright ? kMaskSet : uint8_t{0};
             masks.ghostMaskB[cell] = source == Source::dark ? kMaskSet : uint8_t{0};
-            if (source == Source::dark)
-                showDarkEverywhere(context, grid, cell);
+            masks.ghostMaskD[cell] = source == Source::bright ? kMaskSet : uint8_t{0};
             if (source == Source::bright)
                 masks.ghostMaskC[cell] = 0;
+            else
+                masks.ghostMaskC[cell] |= motion.bright.data[cell];
+            if (source == Source::dark)
+                showDarkEverywhere(context, grid, cell);
             if (source == Source::reference)
                 grid.darkSide[cell] |= motion.dark.data[cell];
         }
