@@ -76,14 +76,16 @@ HdrStatus finishRegistered(MemContext *memory, HdrContext *context, int index, c
     const Offscreen &reference = *preparation.registeredImages[preparation.midIndex];
     const Offscreen &working = *preparation.workImages[index];
     std::array<uint8_t, kBins> &tones = context->alignment.tones[index];
-    const HdrStatus status = correctTones(memory, planeOf(reference), planeOf(working),
-                                          preparation.validRects[index], forward, tones);
+    HdrStatus status = correctTones(memory, planeOf(reference), planeOf(working),
+                                    preparation.validRects[index], forward, tones);
     if (status != HDR_OK)
         return status;
     offscreenCopyAll(context->alignment.scratchImage, &working);
     registerScratch(context, index, tones.data());
-    replaceUnmeasurable(reference, working, tones.data(), *preparation.registeredImages[index]);
-
+    status =
+        replaceUnmeasurable(memory, reference, working, tones.data(), *preparation.registeredImages[index]);
+    if (status != HDR_OK)
+        return status;
     return findMovedCells(
         memory, planeOf(reference), planeOf(*preparation.registeredImages[index]), planeOf(working),
         tones.data(), preparation.validRects[index], context->ghostSuppressionLevel,

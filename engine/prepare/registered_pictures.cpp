@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "engine/prepare/registered_pictures.h"
 
+#include "engine/core/buffer.h"
 #include "engine/core/plane.h"
 #include "engine/core/worker.h"
 #include "engine/prepare/features.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <utility>
 
 namespace hdr {
@@ -54,6 +56,44 @@ private:
     uint8_t previous = 0, here; ///< brightest of the columns x - 1 and x
 };
 
+/// A reduced pixel's colour channels on the scale of luminance, where a grey has its luminance in all of
+/// them.
+std::array<int, 3> channelsOf(int y, int u, int v) {
+    u -= 128;
+    v -= 128;
+    return {y + ((351 * v + 128) >> 8), y - ((86 * u + 179 * v + 128) >> 8), y + ((444 * u + 128) >> 8)};
+}
+
+/// A reduced picture and, of each of its pixels, the brightest channel: a saturated colour clips long before
+/// its luminance does.
+class ColorPicture {
+public:
+    ColorPicture(MemContext *memory, const Offscreen &picture)
+        : luma(planeOf(picture)), u(planeOf(picture, 1)), v(planeOf(picture, 2)),
+          brightest(memory, static_cast<size_t>(luma.width) * static_cast<size_t>(luma.height)) {}
+
+    explicit operator bool() const { return static_cast<bool>(brightest); }
+    std::array<int, 3> channels(int x, int y) const { return channelsOf(luma(x, y), u(x, y), v(x, y)); }
+    Plane<const uint8_t> brightestChannel() const { return {brightest.data(), luma.width, luma.height}; }
+    void findBrightestChannel() {
+        runOnFourParts(0, luma.height, [&](const RangePart &rows) {
+            for (int y = rows.first; y < rows.end; y++) {
+                const uint8_t *ofY = luma.row(y), *ofU = u.row(y), *ofV = v.row(y);
+                uint8_t *made = brightest.data() + static_cast<ptrdiff_t>(y) * luma.width;
+                for (int x = 0; x < luma.width; x++) {
+                    const auto [red, green, blue] = channelsOf(ofY[x], ofU[x], ofV[x]);
+                    made[x] = static_cast<uint8_t>(std::clamp(std::max({red, green, blue}), 0, 255));
+                }
+            }
+        });
+    }
+
+    Plane<const uint8_t> luma, u, v;
+
+private:
+    Buffer<uint8_t> brightest;
+};
+
 /// How far a pixel is clipped, or may have been darkened by averaging with clipped ones that it touches.
 int clipping(int brightestNear) {
     return ramp(brightestNear, kClippingBegins, kFullyClipped);
@@ -61,6 +101,16 @@ int clipping(int brightestNear) {
 
 int crushing(int level) {
     return ramp(-level, -kCrushingBegins, -kFullyCrushed);
+}
+
+/// 0 to kUnit: how far the exposures agree in the channels that neither of them clips or crushes.
+int agreementOfOthers(const std::array<int, 3> &seen, const std::array<int, 3> &own, const uint8_t *tones) {
+    const auto isMeasured = [](int level) { return level > kCrushingBegins && level < kClippingBegins; };
+    int furthest = 0;
+    for (size_t i = 0; i < seen.size(); i++)
+        if (isMeasured(seen[i]) && isMeasured(own[i]))
+            furthest = std::max(furthest, std::abs(tones[own[i]] - seen[i]));
+    return kUnit - ramp(furthest, kTolerated, kContradicts);
 }
 
 /// The blocks that an input shows where the reference has the reduced pixels of row y, wherever that is:
@@ -135,24 +185,35 @@ HdrStatus reduceAligned(MemContext *memory, const Alignment &alignment, int inpu
     return HDR_OK;
 }
 
-void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const uint8_t *tones,
-                         const Offscreen &registered) {
-    const Plane<const uint8_t> seen = planeOf(reference), own = planeOf(working);
+HdrStatus replaceUnmeasurable(MemContext *memory, const Offscreen &reference, const Offscreen &working,
+                              const uint8_t *tones, const Offscreen &registered) {
+    ColorPicture seen(memory, reference), own(memory, working);
+    if (!seen || !own)
+        return HDR_ERR_NOMEM;
+    seen.findBrightestChannel();
+    own.findBrightestChannel();
     const Plane<uint8_t> matched = planeOf(registered);
-    runOnFourParts(0, own.height, [&](const RangePart &rows) {
+    runOnFourParts(0, matched.height, [&](const RangePart &rows) {
         for (int y = rows.first; y < rows.end; y++) {
-            BrightestNear ownBrightest(own, y), seenBrightest(seen, y);
-            for (int x = 0; x < own.width; x++) {
-                const int ownClipping = clipping(ownBrightest.next());
-                const int seenClipping = clipping(seenBrightest.next());
-                const int target = seen(x, y), match = matched(x, y);
-                const int ownCrushing = crushing(own(x, y)), seenCrushing = crushing(target);
-                if ((ownClipping | seenClipping | ownCrushing | seenCrushing) == 0)
+            BrightestNear ownLuma(own.luma, y), seenLuma(seen.luma, y);
+            BrightestNear ownChannel(own.brightestChannel(), y), seenChannel(seen.brightestChannel(), y);
+            for (int x = 0; x < matched.width; x++) {
+                int ownClipping = clipping(ownLuma.next()), seenClipping = clipping(seenLuma.next());
+                const int ownColorClipping = clipping(ownChannel.next());
+                const int seenColorClipping = clipping(seenChannel.next());
+                const int target = seen.luma(x, y), match = matched(x, y), level = own.luma(x, y);
+                const int ownCrushing = crushing(level), seenCrushing = crushing(target);
+                if ((ownColorClipping | seenColorClipping | ownCrushing | seenCrushing) == 0)
                     continue;
+                if (ownColorClipping > ownClipping || seenColorClipping > seenClipping) {
+                    const int agreement = agreementOfOthers(seen.channels(x, y), own.channels(x, y), tones);
+                    ownClipping = std::max(ownClipping, ownColorClipping * agreement / kUnit);
+                    seenClipping = std::max(seenClipping, seenColorClipping * agreement / kUnit);
+                }
                 // A clipped pixel bounds the scene's brightness from below, a crushed one from above; what
                 // the tones say of levels beyond the bound means nothing.
-                const int low = tones[std::min<int>(own(x, y), kFullyClipped)];
-                const int high = tones[std::max<int>(own(x, y), kFullyCrushed)];
+                const int low = tones[std::min(level, kFullyClipped)];
+                const int high = tones[std::max(level, kFullyCrushed)];
                 const int brighter = kUnit - ramp(low - target, kTolerated, kContradicts);
                 const int darker = kUnit - ramp(target - high, kTolerated, kContradicts);
                 const int weight = std::max(std::max(ownClipping, seenCrushing) * brighter,
@@ -161,6 +222,7 @@ void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, c
             }
         }
     });
+    return HDR_OK;
 }
 
 } // namespace hdr

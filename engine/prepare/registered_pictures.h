@@ -15,10 +15,11 @@ HdrStatus reduceAligned(MemContext *memory, const Alignment &alignment, int inpu
 
 /// Gives the registered luminance of an exposure the reference's where one of the two says nothing about the
 /// scene but that it is at least as bright as what it shows (because it is clipped) or at most (crushed), and
-/// the other is in keeping with that. The change is soft, over a few levels. What contradicts the reference
-/// stays as it is. `working` is the exposure's own aligned picture, from which the table `tones` made the
-/// registered one; all are reduced pictures of one size.
-void replaceUnmeasurable(const Offscreen &reference, const Offscreen &working, const uint8_t *tones,
-                         const Offscreen &registered);
+/// the other is in keeping with that. A saturated colour of which a single channel is clipped must agree in
+/// the others. The change is soft, over a few levels. What contradicts the reference stays as it is.
+/// `working` is the exposure's own aligned picture, from which the table `tones` made the registered one; all
+/// are reduced pictures (0x604) of one size. 0 or HDR_ERR_NOMEM.
+HdrStatus replaceUnmeasurable(MemContext *memory, const Offscreen &reference, const Offscreen &working,
+                              const uint8_t *tones, const Offscreen &registered);
 
 } // namespace hdr

@@ -27,7 +27,7 @@ ShotContent texture(unsigned seed, float contrast) {
     Luminance picture{kSide, kSide, std::vector<float>(kSide * kSide)};
     for (float &value : picture.values)
         value = 128 + contrast * (static_cast<float>(random() % 2001) / 1000 - 1);
-    return {picture, picture, picture};
+    return {picture, picture, picture, {}};
 }
 
 Agreement agreementOf(const std::array<ShotContent, 3> &shots, const auto &pixel) {

@@ -55,7 +55,7 @@ TEST(DegenerateMerge, OfNoiseIsOneOfTheExposures) {
     for (size_t shot = 0; shot < 3; shot++) {
         fill(bracket, shot, [&] { return static_cast<int>(30 + 60 * shot + random() % 80); });
         const Luminance content = luminanceOf(bracket.pictures[shot]);
-        shots.push_back({content, content, content});
+        shots.push_back({content, content, content, {}});
     }
     const MergeRun run = merge(bracket.pictures);
     EXPECT_TRUE(run.fellBack());

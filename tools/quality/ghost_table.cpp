@@ -51,7 +51,7 @@ void measureMovement(Study &study, const SizeClass &size, Movement movement) {
             scene::SceneSettings settings = staticScene(size.size, seed, CameraMotion::none, stops);
             settings.moving = balloons(movement);
             const MovedPlaces moved(settings);
-            const auto shots = contentsOf(settings, study.views);
+            auto shots = contentsOf(settings, study.views);
             const auto measure = [&](const Luminance &picture, const hdr::Rect &area) {
                 return patchAgreement(
                     picture, shots, [&](int x, int y) { return moved.at(x, y); }, area);
@@ -68,6 +68,10 @@ void measureMovement(Study &study, const SizeClass &size, Movement movement) {
                 tally.mostMarked = std::max(tally.mostMarked, 100 * run.markedShare());
                 if (run.fellBack())
                     continue;
+                const Bracket photographs(settings, study.views);
+                for (std::size_t shot = 0; shot < shots.size(); shot++)
+                    shots[shot].photograph =
+                        broughtIntoPlace(luminanceOf(photographs.pictures[shot]), run.displacement[shot]);
                 const Agreement agreement = measure(run.rendered, run.valid);
                 std::fprintf(stderr, "  moving %s, %s: %.2f %% of %d patches agree, %.2f %% of %d opaque\n",
                              describe(movement), kGhostCameras[i].name, 100 * agreement.share(),

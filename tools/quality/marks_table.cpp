@@ -28,6 +28,18 @@ void measureStaticScenes(Study &study) {
         }
     study.statics.push_back(bricks);
 
+    // The balloon's red is clipped long before its luminance is.
+    StaticTally saturated{std::string("balloon, ") + size.name};
+    for (const CameraMotion motion : {CameraMotion::none, CameraMotion::rotation})
+        for (const std::uint64_t seed : size.seeds)
+            for (const double stops : kStops) {
+                scene::SceneSettings settings = staticScene(size.size, seed, motion, stops);
+                settings.moving = balloons(Movement::lastShot);
+                settings.moving.offset.fill({});
+                saturated.add(study.run(settings));
+            }
+    study.statics.push_back(saturated);
+
     std::printf("\nStatic scenes with noise and clipping, level %d, hand-held and from a tripod\n"
                 "  %-20s %6s %16s %10s\n",
                 kDefaultLevel, "scene", "runs", "most marked, %", "fallbacks");

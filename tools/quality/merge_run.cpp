@@ -4,6 +4,7 @@
 #include "engine/core/context.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -69,6 +70,19 @@ scene::Position FollowedDisplacement::at(int column, int row) const {
                (node(0, 1) * (1 - fx) + node(1, 1) * fx) * fy;
     };
     return {shift[0] + interpolate(x), shift[1] + interpolate(y)};
+}
+
+Luminance broughtIntoPlace(const Luminance &photograph, const FollowedDisplacement &displacement) {
+    Luminance placed = photograph;
+    for (int y = 0; y < placed.height; y++)
+        for (int x = 0; x < placed.width; x++) {
+            const scene::Position by = displacement.at(x, y);
+            const auto column = static_cast<int>(std::lround(x - by.x));
+            const auto row = static_cast<int>(std::lround(y - by.y));
+            placed.at(x, y) =
+                photograph.at(std::clamp(column, 0, placed.width - 1), std::clamp(row, 0, placed.height - 1));
+        }
+    return placed;
 }
 
 MergeRun merge(std::array<Offscreen, 3> &pictures, int ghostLevel) {

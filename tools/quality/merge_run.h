@@ -19,6 +19,9 @@ struct FollowedDisplacement {
     scene::Position at(int column, int row) const;
 };
 
+/// A photograph with each pixel where a displacement brings it, to the nearest whole one.
+Luminance broughtIntoPlace(const Luminance &photograph, const FollowedDisplacement &displacement);
+
 /// A merge and what went on in it.
 struct MergeRun {
     HdrRunInfo info{};

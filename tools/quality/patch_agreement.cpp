@@ -36,9 +36,13 @@ double bestCorrelation(const Luminance &picture, const Luminance &content, int x
 
 bool agrees(const Luminance &picture, const ShotContent &shot, int x, int y) {
     const PatchComparison compared = comparePatch(picture, shot.developed, x, y);
-    return (compared.deviationA < kFlat && compared.deviationB < kFlat) ||
-           std::max({compared.correlation, bestCorrelation(picture, shot.developed, x, y),
-                     bestCorrelation(picture, shot.light, x, y)}) >= kLeastCorrelation;
+    if (compared.deviationA < kFlat && compared.deviationB < kFlat)
+        return true;
+    const auto correlates = [&](const Luminance &content) {
+        return !content.values.empty() && bestCorrelation(picture, content, x, y) >= kLeastCorrelation;
+    };
+    return correlates(shot.developed) || correlates(shot.light) || correlates(shot.merged) ||
+           correlates(shot.photograph);
 }
 
 bool hasContrastOf(const Luminance &picture, const ShotContent &shot, int x, int y) {
@@ -66,7 +70,7 @@ ShotContent contentOf(const scene::SceneSettings &settings, int shot, ViewCache 
     const scene::Picture<float> radiance = views.radiance(still, shot);
     const double exposure = std::exp2(settings.stops[static_cast<std::size_t>(shot)]);
     const Luminance empty{radiance.width, radiance.height, {}};
-    ShotContent content{empty, empty, empty};
+    ShotContent content{empty, empty, empty, {}};
     for (std::size_t i = 0; i < radiance.samples.size(); i += 3) {
         const auto luminance = [&](auto value) {
             const float *rgb = &radiance.samples[i];

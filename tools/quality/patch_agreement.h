@@ -21,11 +21,13 @@ struct PatchComparison {
 PatchComparison comparePatch(const Luminance &a, const Luminance &b, int x, int y, int dx = 0, int dy = 0);
 
 /// What one shot shows, without noise, seen from the reference: the only things that a picture without ghosts
-/// can show. A merge bends tones, steeply where light meets shadow, so the structure is given in three ways.
+/// can show. A merge bends tones, steeply where light meets shadow, and moves pixels by whole ones, so the
+/// structure is given in several ways.
 struct ShotContent {
-    Luminance developed; ///< as the camera develops it, with what it clips and crushes, 0 to 255
-    Luminance light;     ///< the logarithm of the light, in stops
-    Luminance merged;    ///< as the engine merges it where all three shots show it, 0 to 255
+    Luminance developed;  ///< as the camera develops it, with what it clips and crushes, 0 to 255
+    Luminance light;      ///< the logarithm of the light, in stops
+    Luminance merged;     ///< as the engine merges it where all three shots show it, 0 to 255
+    Luminance photograph; ///< the photograph where a run brings its pixels; may be empty
 };
 
 /// The contents of the three shots: the scene as it was then, from where the reference stood.

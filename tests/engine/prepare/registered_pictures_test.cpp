@@ -22,10 +22,12 @@ namespace {
 
 constexpr int kWidth = 48, kHeight = 32;
 
-/// A luminance plane as a reduced picture.
+/// A luminance plane as a reduced picture, of one tint.
 struct Luma {
     std::vector<uint8_t> samples = std::vector<uint8_t>(kWidth * kHeight);
-    Offscreen record{HDR_FORMAT_YUV444, kWidth, kHeight, {samples.data()}, {kWidth}};
+    std::vector<uint8_t> u = std::vector<uint8_t>(kWidth * kHeight, uint8_t{128}), v = u;
+    Offscreen record{
+        HDR_FORMAT_YUV444, kWidth, kHeight, {samples.data(), u.data(), v.data()}, {kWidth, kWidth, kWidth}};
 
     explicit Luma(const std::function<int(int, int)> &level) {
         for (int y = 0; y < kHeight; y++)
@@ -43,7 +45,7 @@ struct Luma {
 int replaced(int reference, int own, int match) {
     Luma registered(match);
     const std::vector<uint8_t> tones(256, static_cast<uint8_t>(match));
-    replaceUnmeasurable(Luma(reference).record, Luma(own).record, tones.data(), registered.record);
+    replaceUnmeasurable(nullptr, Luma(reference).record, Luma(own).record, tones.data(), registered.record);
     return registered.at(5, 5);
 }
 
@@ -59,7 +61,7 @@ TEST(ReplaceUnmeasurable, AClippedExposureCannotContradictABrighterReference) {
     std::vector<uint8_t> tones(256, 100);
     std::fill(tones.begin() + 227, tones.end(), uint8_t{190});
     Luma registered(190);
-    replaceUnmeasurable(Luma(105).record, Luma(234).record, tones.data(), registered.record);
+    replaceUnmeasurable(nullptr, Luma(105).record, Luma(234).record, tones.data(), registered.record);
     EXPECT_EQ(registered.at(5, 5), 105);
 }
 
@@ -82,10 +84,29 @@ TEST(ReplaceUnmeasurable, PixelsBesideClippedOnesAreClippedInPart) {
     Luma reference([](int x, int) { return x < 20 ? 220 : x == 20 ? 170 : 100; });
     std::vector<uint8_t> tones(256, 100);
     std::fill(tones.begin() + 200, tones.end(), uint8_t{220});
-    replaceUnmeasurable(reference.record, own.record, tones.data(), registered.record);
+    replaceUnmeasurable(nullptr, reference.record, own.record, tones.data(), registered.record);
     EXPECT_EQ(registered.at(19, 9), 220);
     EXPECT_EQ(registered.at(20, 9), 170);
     EXPECT_EQ(registered.at(21, 9), 100);
+}
+
+TEST(ReplaceUnmeasurable, ASaturatedColorClipsInOneChannel) {
+    // The reference shows a red of 216, 66, 58 on the scale of luminance.
+    std::vector<uint8_t> tones(256);
+    for (size_t i = 0; i < tones.size(); i++)
+        tones[i] = static_cast<uint8_t>(i * 8 / 10);
+    const auto registeredAs = [&](uint8_t ownLevel, uint8_t ownV) {
+        Luma reference(110), own(ownLevel), registered(tones[ownLevel]);
+        std::fill(reference.u.begin(), reference.u.end(), uint8_t{98});
+        std::fill(reference.v.begin(), reference.v.end(), uint8_t{205});
+        std::fill(own.u.begin(), own.u.end(), uint8_t{101});
+        std::fill(own.v.begin(), own.v.end(), ownV);
+        EXPECT_EQ(replaceUnmeasurable(nullptr, reference.record, own.record, tones.data(), registered.record),
+                  HDR_OK);
+        return registered.at(5, 5);
+    };
+    EXPECT_EQ(registeredAs(130, 200), 110); // 229, 89, 83: red is clipped, green and blue agree
+    EXPECT_GE(registeredAs(195, 152), 152); // 228, 187, 149: a pale thing that stands in front of the red
 }
 
 class ToneCorrection : public testing::Test {
