@@ -2,6 +2,7 @@
 #include "app/image_source.h"
 
 #include <algorithm>
+#include <new>
 
 #include <libyuv.h>
 
@@ -143,7 +144,11 @@ bool CBImageSource::forEachStrip(int orientation, Use use) const {
     std::optional<UprightDrawing> drawing;
     PixelBuffer strip;
     if (!asStored) {
-        drawing.emplace(*decoded, transform, width, height);
+        try {
+            drawing.emplace(*decoded, transform, width, height);
+        } catch (const std::bad_alloc &) {
+            return false;
+        }
         strip = allocPixels(4 * static_cast<size_t>(width) * (kStripRows + 1) + kBgrxSpareBytes);
         if (!strip)
             return false;

@@ -40,6 +40,7 @@ std::string reasonInWords(j_common_ptr codec) {
     case JWRN_HUFF_BAD_CODE:
     case JWRN_ARITH_BAD_CODE:
     case JWRN_MUST_RESYNC:
+    case JERR_BAD_PROGRESSION:
         return kDamaged;
     case JERR_OUT_OF_MEMORY:
         return kOutOfMemory;
@@ -68,6 +69,14 @@ public:
         };
         errors.output_message = [](j_common_ptr) {};
         info.client_data = this;
+        // The library goes through the whole picture once a scan, however little that brings.
+        progress.progress_monitor = [](j_common_ptr codec) {
+            constexpr int kMostScans = 100; // ten are usual
+            if (reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number > kMostScans) {
+                codec->err->msg_code = JERR_BAD_PROGRESSION;
+                fail(codec);
+            }
+        };
     }
     ~Decoder() { jpeg_destroy_decompress(&info); }
     Decoder(const Decoder &) = delete;
@@ -79,6 +88,7 @@ public:
         if (setjmp(escape) != 0)
             return false;
         jpeg_create_decompress(&info);
+        info.progress = &progress;
         // In small pieces: with all of the file in one buffer the library skips most checks of Huffman codes.
         jpeg_stdio_src(&info, file.get());
         jpeg_save_markers(&info, JPEG_APP0 + 2, 0xffff); // the colour profile
@@ -137,6 +147,7 @@ private:
 
     File file;
     jpeg_error_mgr errors{};
+    jpeg_progress_mgr progress{};
     std::jmp_buf escape{};
 };
 

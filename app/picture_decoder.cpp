@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/picture_decoder.h"
 
+#include <algorithm>
 #include <new>
 
 #include "app/file_error.h"
@@ -66,7 +67,10 @@ std::optional<std::string> readPictureHeader(std::span<const uint8_t> file,
         return "is damaged: its picture has no pixels";
     if (!fitsPictureLimit(read.width, read.height))
         return tooLarge(read.width, read.height);
-    if (file.size() < read.smallestFile) // noticed before any memory is taken for the picture
+    // Noticed before any memory is taken for the picture. Its noise keeps a photograph from becoming smaller.
+    constexpr size_t kMostPixelsPerByte = 4096;
+    const size_t pixels = static_cast<size_t>(read.width) * static_cast<size_t>(read.height);
+    if (file.size() < std::max(read.smallestFile, pixels / kMostPixelsPerByte))
         return kTruncated;
     header = read;
     return std::nullopt;

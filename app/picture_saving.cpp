@@ -24,11 +24,14 @@ std::optional<PictureFormat> formatOfType(const std::string &type) {
     return std::nullopt;
 }
 
+bool isPresent(const RgbImage *picture) {
+    return picture != nullptr && picture->pixels && picture->width > 0 && picture->height > 0;
+}
+
 } // namespace
 
 std::optional<RgbaImage> resultImage(const RgbImage *picture) {
-    if (picture == nullptr || !picture->pixels || picture->width < 1 || picture->height < 1 ||
-        picture->width > std::numeric_limits<int32_t>::max() / 32)
+    if (!isPresent(picture) || picture->width > std::numeric_limits<int32_t>::max() / 32)
         return std::nullopt;
     RgbaImage result{picture->width, picture->height, nullptr};
     const auto lineBytes = static_cast<size_t>(result.lineBytes());
@@ -55,11 +58,11 @@ bool save(const RgbImage *picture, const RgbImage * /*original*/, const std::str
 bool saveTIFF(const RgbImage *picture, const RgbImage *original, const std::string &url,
               const EncodingOptions &options) {
     constexpr int32_t kDotsPerInch = 300;
-    if (picture == nullptr)
+    if (!isPresent(picture))
         return false;
     std::vector<PictureView> pages;
     for (const RgbImage *page : {picture, original})
-        if (page != nullptr)
+        if (isPresent(page))
             pages.push_back({page->pixels.get(), page->width, page->height,
                              static_cast<int32_t>(page->lineBytes), PixelOrder::Rgb});
     return !replaceFile(url, [&](std::FILE *file) {

@@ -50,7 +50,7 @@ void filterRow(const FilterRow &row, const FilterRow &above, uint8_t *filtered) 
                    toUp = static_cast<int16_t>(std::abs(left - corner)),
                    toCorner = static_cast<int16_t>(std::abs(left + up - 2 * corner));
         const int16_t other = toUp <= toCorner ? up : corner;
-        const int16_t nearest = (toLeft <= toUp) & (toLeft <= toCorner) ? left : other;
+        const int16_t nearest = ((toLeft <= toUp) & (toLeft <= toCorner)) ? left : other;
         filtered[i] = static_cast<uint8_t>(pixels[i] - nearest);
     }
 }

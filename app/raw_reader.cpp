@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/raw_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -13,26 +14,63 @@
 namespace tristop {
 namespace {
 
-/// A decoder over a file's content; it is too big for the stack.
-std::unique_ptr<LibRaw> makeDecoder() {
-    auto decoder = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
-    libraw_output_params_t &settings = decoder->imgdata.params;
-    settings.use_camera_wb = 1;
-    // Without it a file that lacks a white balance would get one from its own picture.
-    settings.raw_processing_options |= LIBRAW_PROCESSING_CAMERAWB_FALLBACK_TO_DAYLIGHT;
-    settings.no_auto_bright = 1;
-    settings.adjust_maximum_thr = 0; // white is the sensor's, not this picture's brightest reading
-    settings.highlight = 0;          // clip
-    settings.user_flip = 0;          // turned upright later, with all other photographs
-    settings.output_color = 1;       // linear sRGB
-    constexpr int kPatternedPixelGrouping = 2;
-    settings.user_qual = kPatternedPixelGrouping;
-    return decoder;
-}
+/**
+ * A file's content as LibRaw reads it. LibRaw silently passes over parts that do not even begin as they
+ * should, and leaves their readings as the heap had them; so these are cleared when it first turns to them,
+ * once clearsReadings is set.
+ */
+class Content : public LibRaw_buffer_datastream {
+public:
+    Content(std::span<const uint8_t> file, libraw_data_t &decoded)
+        : LibRaw_buffer_datastream(const_cast<uint8_t *>(file.data()), file.size()), // only reads it
+          decoded(decoded) {}
 
-int open(LibRaw &decoder, std::span<const uint8_t> file) {
-    return decoder.open_buffer(const_cast<uint8_t *>(file.data()), file.size()); // only reads it
-}
+    int seek(INT64 offset, int origin) override {
+        uint16_t *const readings = decoded.rawdata.raw_image;
+        if (clearsReadings && readings != nullptr) {
+            std::fill_n(readings, size_t{decoded.sizes.raw_width} * decoded.sizes.raw_height, uint16_t{0});
+            clearsReadings = false;
+        }
+        return LibRaw_buffer_datastream::seek(offset, origin);
+    }
+
+    bool clearsReadings = false;
+
+private:
+    libraw_data_t &decoded;
+};
+
+/// LibRaw over a file's content, which must stay.
+class Decoder {
+public:
+    explicit Decoder(std::span<const uint8_t> file) : content(file, decoder->imgdata) {
+        libraw_output_params_t &settings = decoder->imgdata.params;
+        settings.use_camera_wb = 1;
+        // Without it a file that lacks a white balance would get one from its own picture.
+        settings.raw_processing_options |= LIBRAW_PROCESSING_CAMERAWB_FALLBACK_TO_DAYLIGHT;
+        settings.no_auto_bright = 1;
+        settings.adjust_maximum_thr = 0; // white is the sensor's, not this picture's brightest reading
+        settings.highlight = 0;          // clip
+        settings.user_flip = 0;          // turned upright later, with all other photographs
+        settings.output_color = 1;       // linear sRGB
+        constexpr int kPatternedPixelGrouping = 2;
+        settings.user_qual = kPatternedPixelGrouping;
+    }
+
+    int open() { return decoder->open_datastream(&content); }
+    int unpack() {
+        content.clearsReadings = true;
+        const int error = decoder->unpack();
+        content.clearsReadings = false;
+        return error;
+    }
+    LibRaw *operator->() const { return decoder.get(); }
+
+private:
+    // Too big for the stack.
+    std::unique_ptr<LibRaw> decoder = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
+    Content content;
+};
 
 std::string reasonInWords(int error) {
     switch (error) {
@@ -81,6 +119,14 @@ const std::vector<uint8_t> &srgbCurve() {
     return curve;
 }
 
+/// Whether anything was read of a sensor: even in the dark it reads some noise.
+bool hasReadings(const libraw_data_t &decoded) {
+    const uint16_t *const readings = decoded.rawdata.raw_image;
+    return readings == nullptr ||
+           std::any_of(readings, readings + size_t{decoded.sizes.raw_width} * decoded.sizes.raw_height,
+                       [](uint16_t reading) { return reading != 0; });
+}
+
 void copyAsBgrx(const libraw_data_t &developed, BgrxImage &image) {
     const std::vector<uint8_t> &curve = srgbCurve();
     const bool gray = developed.idata.colors < 3;
@@ -99,8 +145,8 @@ void copyAsBgrx(const libraw_data_t &developed, BgrxImage &image) {
 } // namespace
 
 RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header) {
-    const auto decoder = makeDecoder();
-    if (open(*decoder, file) != LIBRAW_SUCCESS)
+    Decoder decoder(file);
+    if (decoder.open() != LIBRAW_SUCCESS)
         return {};
     const libraw_image_sizes_t &sizes = decoder->imgdata.sizes;
     const int flip = sizes.flip; // lost in the next step, which leaves the turning to us
@@ -115,6 +161,9 @@ RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &head
     header.orientation = exifOrientation(flip);
     header.isoSpeed = decoder->imgdata.other.iso_speed;
     header.focalLength = decoder->imgdata.other.focal_len;
+    // Deflated readings, the smallest ones that there are, hardly take less than a byte for 500 of them.
+    constexpr size_t kMostReadingsPerByte = 512;
+    header.smallestFile = size_t{sizes.raw_width} * size_t{sizes.raw_height} / kMostReadingsPerByte;
     // The readings, of one channel or four, and the picture that is made of them.
     const size_t channels = decoder->imgdata.idata.filters != 0 ? 1 : 4;
     header.decodingBytes =
@@ -123,12 +172,12 @@ RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &head
 }
 
 std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &image) {
-    const auto decoder = makeDecoder();
-    if (const int error = open(*decoder, file); error != LIBRAW_SUCCESS)
+    Decoder decoder(file);
+    if (const int error = decoder.open(); error != LIBRAW_SUCCESS)
         return reasonInWords(error);
-    if (const int error = decoder->unpack(); error != LIBRAW_SUCCESS)
+    if (const int error = decoder.unpack(); error != LIBRAW_SUCCESS)
         return reasonInWords(error);
-    if (decoder->error_count() > 0)
+    if (decoder->error_count() > 0 || !hasReadings(decoder->imgdata))
         return kDamaged;
     if (const int error = decoder->dcraw_process(); error != LIBRAW_SUCCESS)
         return reasonInWords(error);

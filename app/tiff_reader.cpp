@@ -219,6 +219,9 @@ std::optional<std::string> readTiffHeader(std::span<const uint8_t> file, Picture
     header.type = PhotographType::Tiff;
     header.width = static_cast<int32_t>(std::min<uint32_t>(width, INT32_MAX));
     header.height = static_cast<int32_t>(std::min<uint32_t>(height, INT32_MAX));
+    if (entry<uint16_t>(tiff.get(), TIFFTAG_COMPRESSION) == COMPRESSION_NONE)
+        header.smallestFile =
+            (uint64_t{width} * entry<uint16_t>(tiff.get(), TIFFTAG_BITSPERSAMPLE) + 7) / 8 * height;
     // A whole strip is decoded at once, which may be the whole picture; so is what libtiff shows.
     header.decodingBytes = size_t{8} * width * height;
     return std::nullopt;

@@ -365,8 +365,10 @@ TEST_F(ImageSourceTest, rejectsAFileThatDoesNotDecodeWhole) {
         SCOPED_TRACE(progressive ? "progressive" : "baseline");
         writeJpeg(path, noise(120, 120), {.progressive = progressive});
         const std::vector<uint8_t> whole = readFile(path);
-        for (const size_t length :
-             {size_t{3}, size_t{300}, whole.size() / 2, whole.size() - 40, whole.size() - 2}) {
+        std::vector<size_t> lengths = {3, whole.size() - 40, whole.size() - 2};
+        for (size_t twentieth = 1; twentieth < 20; ++twentieth)
+            lengths.push_back(whole.size() * twentieth / 20);
+        for (const size_t length : lengths) {
             writeFile(path, {whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)});
             EXPECT_EQ(failure(path), "is truncated: it ends before its picture does") << length << " bytes";
         }
@@ -380,14 +382,17 @@ TEST_F(ImageSourceTest, rejectsAFileThatDoesNotDecodeWhole) {
 
 TEST_F(ImageSourceTest, refusesSizesThatTheFileCannotHold) {
     const std::string path = folder.path("bomb.jpg");
-    for (const bool progressive : {false, true}) {
+    constexpr uint8_t kBaseline = 0xc0, kProgressive = 0xc2, kArithmetic = 0xc9;
+    for (const uint8_t coding : {kBaseline, kProgressive, kArithmetic}) {
+        SCOPED_TRACE(static_cast<int>(coding));
+        const bool progressive = coding == kProgressive;
         writeJpeg(path, TestPicture(16, 24), {.progressive = progressive});
         std::vector<uint8_t> bytes = readFile(path);
         // The frame header: marker, length, precision, height, width.
-        const std::array<uint8_t, 7> frame = {
-            0xff, static_cast<uint8_t>(progressive ? 0xc2 : 0xc0), 0, 17, 8, 0, 24};
+        const std::array<uint8_t, 7> frame = {0xff, progressive ? kProgressive : kBaseline, 0, 17, 8, 0, 24};
         const auto start = std::ranges::search(bytes, frame).begin();
         ASSERT_NE(start, bytes.end());
+        start[1] = coding;
         const auto claim = [&](uint16_t side) {
             for (const int offset : {5, 7}) {
                 start[offset] = static_cast<uint8_t>(side >> 8);
@@ -400,6 +405,18 @@ TEST_F(ImageSourceTest, refusesSizesThatTheFileCannotHold) {
         claim(23000);
         EXPECT_EQ(failure(path), "is truncated: it ends before its picture does");
     }
+}
+
+TEST_F(ImageSourceTest, refusesEndlessScans) {
+    const std::string path = folder.path("scans.jpg");
+    writeJpeg(path, noise(16, 24), {.progressive = true});
+    std::vector<uint8_t> bytes = readFile(path);
+    constexpr std::array<uint8_t, 2> kScan = {0xff, 0xda};
+    const std::vector<uint8_t> lastScan(std::ranges::find_end(bytes, kScan).begin(), bytes.end() - 2);
+    for (int i = 0; i < 100; ++i) // over and over again, before the end marker
+        bytes.insert(bytes.end() - 2, lastScan.begin(), lastScan.end());
+    writeFile(path, bytes);
+    EXPECT_EQ(failure(path), "is damaged: parts of its picture data cannot be decoded");
 }
 
 TEST_F(ImageSourceTest, opensThreePhotographsOfOneSizeOnly) {

@@ -85,7 +85,11 @@ TEST(PictureSaving, savesATiffOfOneOrTwoPictures) {
     EXPECT_EQ(tiff.samplesPerPixel, 3) << "no alpha";
     EXPECT_EQ(tiff.orientation, 1);
     EXPECT_EQ(tiff.dotsPerInch, 300);
+    const RgbImage empty;
     EXPECT_FALSE(saveTIFF(nullptr, &original, path, {}));
+    EXPECT_FALSE(saveTIFF(&empty, &original, path, {}));
+    ASSERT_TRUE(saveTIFF(&image, &empty, path, {}));
+    EXPECT_EQ(readTiff(path).pages.size(), 1u);
 }
 
 TEST(PictureSaving, supportsTheFilesThatPhotographsComeIn) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/raw_reader.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "app/image_source.h"
@@ -38,6 +40,15 @@ Rgb storedPixel(const CBImageSource &source, int x, int y) {
         source.image()->pixels.get() + 4 * static_cast<ptrdiff_t>(y * source.image()->width + x);
     EXPECT_EQ(pixel[3], 255);
     return {pixel[2], pixel[1], pixel[0]};
+}
+
+/// A DNG file that claims another compression than it has.
+std::vector<uint8_t> withCompression(std::vector<uint8_t> dng, uint8_t compression) {
+    constexpr std::array<uint8_t, 9> kEntry = {0x03, 0x01, 3, 0, 1, 0, 0, 0, 1};
+    const auto entry = std::ranges::search(dng, kEntry);
+    EXPECT_FALSE(entry.empty());
+    entry.back() = compression;
+    return dng;
 }
 
 TEST_F(RawReaderTest, givesTheColoursThatTheSensorSaw) {
@@ -148,6 +159,17 @@ TEST_F(RawReaderTest, refusesSizesBeforeMemoryIsTaken) {
     const std::string path = folder.path("bomb.dng");
     writeFile(path, scene::encodeDng({60000, 60000, {}}));
     EXPECT_EQ(failure(path), "is too large: 60000 x 60000 pixels, more than 536 megapixels");
+    for (const bool compressed : {false, true}) {
+        writeFile(path, withCompression(scene::encodeDng({23000, 23000, {}}), compressed ? 7 : 1));
+        EXPECT_EQ(failure(path), "is truncated: it ends before its picture does");
+    }
+}
+
+TEST_F(RawReaderTest, rejectsReadingsThatAreNone) {
+    const std::string path = folder.path("none.dng");
+    writeDng(path, TestPicture(60, 40, {90, 90, 90}));
+    writeFile(path, withCompression(readFile(path), 7)); // not even the first byte is that of lossless JPEG
+    EXPECT_EQ(failure(path), "is damaged: parts of its picture data cannot be decoded");
 }
 
 } // namespace

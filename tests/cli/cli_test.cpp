@@ -118,6 +118,7 @@ TEST_F(CliTest, refusesBadUsage) {
 
 TEST_F(CliTest, namesThePhotographThatCannotBeUsed) {
     const auto &[dark, middle, bright] = names;
+    const auto before = folder.names();
     const std::string odd = path("odd.jpg");
     const auto expectReason = [&](const std::string &reason) {
         expectError(run({dark, odd, bright, "-o", path("out.png")}), 3, odd + ": " + reason);
@@ -138,6 +139,8 @@ TEST_F(CliTest, namesThePhotographThatCannotBeUsed) {
     std::filesystem::remove(odd);
     std::filesystem::create_directory(odd);
     expectReason("is a folder");
+    std::filesystem::remove(odd);
+    EXPECT_EQ(folder.names(), before) << "nothing is left behind";
 }
 
 TEST_F(CliTest, tellsWhenThePictureCannotBeWritten) {
