@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/raw_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -32,6 +33,14 @@ std::unique_ptr<LibRaw> makeDecoder() {
 
 int open(LibRaw &decoder, std::span<const uint8_t> file) {
     return decoder.open_buffer(const_cast<uint8_t *>(file.data()), file.size()); // only reads it
+}
+
+/// LibRaw lowers white by the black level that all four of its channels share. Readings without a filter may
+/// give one for each of their three channels; zero for the fourth would leave white where it was, and grey.
+void completeBlackLevels(libraw_data_t &file) {
+    auto &black = file.rawdata.color.cblack; // where development takes the levels from
+    if (file.idata.filters == 0 && file.idata.colors == 3)
+        black[3] = std::min({black[0], black[1], black[2]});
 }
 
 std::string reasonInWords(int error) {
@@ -96,15 +105,11 @@ void copyAsBgrx(const libraw_data_t &developed, BgrxImage &image) {
     }
 }
 
-} // namespace
-
-RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header) {
-    const auto decoder = makeDecoder();
-    if (open(*decoder, file) != LIBRAW_SUCCESS)
-        return {};
-    const libraw_image_sizes_t &sizes = decoder->imgdata.sizes;
+/// readRawHeader with a decoder that has opened the file.
+RawHeaderResult headerOf(LibRaw &decoder, PictureHeader &header) {
+    const libraw_image_sizes_t &sizes = decoder.imgdata.sizes;
     const int flip = sizes.flip; // lost in the next step, which leaves the turning to us
-    if (const int error = decoder->adjust_sizes_info_only(); error != LIBRAW_SUCCESS)
+    if (const int error = decoder.adjust_sizes_info_only(); error != LIBRAW_SUCCESS)
         return {true, reasonInWords(error)};
     // The whole sensor is decoded, with the masked border that is cut off.
     if (sizes.raw_width > 0 && !fitsPictureLimit(sizes.raw_width, sizes.raw_height))
@@ -113,13 +118,26 @@ RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &head
     header.width = sizes.iwidth;
     header.height = sizes.iheight;
     header.orientation = exifOrientation(flip);
-    header.isoSpeed = decoder->imgdata.other.iso_speed;
-    header.focalLength = decoder->imgdata.other.focal_len;
+    header.isoSpeed = decoder.imgdata.other.iso_speed;
+    header.focalLength = decoder.imgdata.other.focal_len;
     // The readings, of one channel or four, and the picture that is made of them.
-    const size_t channels = decoder->imgdata.idata.filters != 0 ? 1 : 4;
+    const size_t channels = decoder.imgdata.idata.filters != 0 ? 1 : 4;
     header.decodingBytes =
         (channels + 4) * sizeof(uint16_t) * size_t{sizes.raw_width} * size_t{sizes.raw_height};
     return {true, std::nullopt};
+}
+
+} // namespace
+
+RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header) {
+    const auto decoder = makeDecoder();
+    return open(*decoder, file) == LIBRAW_SUCCESS ? headerOf(*decoder, header) : RawHeaderResult{};
+}
+
+RawHeaderResult readRawHeader(const std::string &path, PictureHeader &header) {
+    const auto decoder = makeDecoder();
+    return decoder->open_file(path.c_str()) == LIBRAW_SUCCESS ? headerOf(*decoder, header)
+                                                              : RawHeaderResult{};
 }
 
 std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &image) {
@@ -130,6 +148,7 @@ std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &i
         return reasonInWords(error);
     if (decoder->error_count() > 0)
         return kDamaged;
+    completeBlackLevels(decoder->imgdata);
     if (const int error = decoder->dcraw_process(); error != LIBRAW_SUCCESS)
         return reasonInWords(error);
     const libraw_data_t &developed = decoder->imgdata;
