@@ -317,6 +317,18 @@ TEST_F(BatchTest, refusesBadUsage) {
     refused({"--run", path("none")}, 3, path("none") + ": cannot be read: No such file or directory");
     fs::create_directory(path("empty"));
     refused({path("empty"), "-o", out}, 3, "no bracket was found among 0 photographs");
+    const auto before = readFile(photograph(0, 0));
+    for (const char *option : {"--plan", "--log"})
+        for (const std::string &file : {photograph(0, 0), photograph(kBrackets, 0)})
+            refused({card, "-o", out, option, file}, 2, file + ": would overwrite one of the photographs");
+    EXPECT_EQ(readFile(photograph(0, 0)), before);
+    writePlan();
+    refused({"--run", path("plan.json"), "--log", path("plan.json")}, 2,
+            path("plan.json") + ": is the plan itself");
+    const Outcome unseen =
+        run({card, "-o", out, "--dry-run"}, TRISTOP_CLI, "lost() { \"$@\" >/dev/full; }; lost");
+    EXPECT_EQ(unseen.status, 5);
+    EXPECT_EQ(unseen.err, "tristop-cli: the plan cannot be written to standard output\n");
     writeFile(out, {});
     const Outcome blocked = run({photograph(0, 0), photograph(0, 1), photograph(0, 2), "-o", out, "--quiet"});
     EXPECT_EQ(blocked.status, 6);
