@@ -8,6 +8,7 @@
 
 #include "app/exif_reader.h"
 #include "app/photograph_type.h"
+#include "app/raw_reader.h"
 
 namespace tristop {
 namespace {
@@ -98,20 +99,35 @@ void setExposure(const Exiv2::ExifData &exif, Capture &capture) {
         capture.exposure = exposure;
 }
 
+/// Sets the size. Entries of RAW files tell that of a preview or of the whole sensor, so their decoder is
+/// asked.
+std::optional<std::string> setSize(const std::string &path, const ExifHeader &file, Capture &capture) {
+    PictureHeader header;
+    header.width = file.width;
+    header.height = file.height;
+    if (typeBySuffix(path) == PhotographType::Raw)
+        if (auto raw = readRawHeader(path, header); raw.problem)
+            return raw.problem;
+    if (header.width <= 0 || header.height <= 0)
+        return "is no photograph that can be read";
+    const double entry = numberAt(file.exif, "Exif.Image.Orientation");
+    const double orientation = entry != 0 ? entry : header.orientation;
+    const bool quarterTurn = orientation >= 5 && orientation <= 8;
+    capture.width = quarterTurn ? header.height : header.width;
+    capture.height = quarterTurn ? header.width : header.height;
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<std::string> readCapture(const std::string &path, Capture &capture) {
     Capture result;
-    const auto [exif, width, height] = readExifHeader(path);
-    if (typeBySuffix(path) == PhotographType::Raw ? exif.empty() : width <= 0 || height <= 0)
-        return "is no photograph that can be read";
+    const ExifHeader file = readExifHeader(path);
+    const Exiv2::ExifData &exif = file.exif;
+    if (auto problem = setSize(path, file, result))
+        return problem;
     if (textAt(exif, "Exif.Image.Software").starts_with("Tristop "))
         return "is a merged picture"; // with the camera's data of one of its photographs
-    result.width = width;
-    result.height = height;
-    const double orientation = numberAt(exif, "Exif.Image.Orientation");
-    if (orientation >= 5 && orientation <= 8)
-        std::swap(result.width, result.height);
     result.camera =
         textAt(exif, "Exif.Image.Make") + ' ' + textAt(exif, "Exif.Image.Model") + ' ' + bodyNumber(exif);
     result.time = captureTime(exif);

@@ -14,6 +14,23 @@
 namespace tristop {
 namespace {
 
+/// A decoder without a file; it is too big for the stack.
+std::unique_ptr<LibRaw> makeDecoder() {
+    auto decoder = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
+    libraw_output_params_t &settings = decoder->imgdata.params;
+    settings.use_camera_wb = 1;
+    // Without it a file that lacks a white balance would get one from its own picture.
+    settings.raw_processing_options |= LIBRAW_PROCESSING_CAMERAWB_FALLBACK_TO_DAYLIGHT;
+    settings.no_auto_bright = 1;
+    settings.adjust_maximum_thr = 0; // white is the sensor's, not this picture's brightest reading
+    settings.highlight = 0;          // clip
+    settings.user_flip = 0;          // turned upright later, with all other photographs
+    settings.output_color = 1;       // linear sRGB
+    constexpr int kPatternedPixelGrouping = 2;
+    settings.user_qual = kPatternedPixelGrouping;
+    return decoder;
+}
+
 /**
  * A file's content as LibRaw reads it. LibRaw silently passes over parts that do not even begin as they
  * should, and leaves their readings as the heap had them; so these are cleared when it first turns to them,
@@ -43,19 +60,7 @@ private:
 /// LibRaw over a file's content, which must stay.
 class Decoder {
 public:
-    explicit Decoder(std::span<const uint8_t> file) : content(file, decoder->imgdata) {
-        libraw_output_params_t &settings = decoder->imgdata.params;
-        settings.use_camera_wb = 1;
-        // Without it a file that lacks a white balance would get one from its own picture.
-        settings.raw_processing_options |= LIBRAW_PROCESSING_CAMERAWB_FALLBACK_TO_DAYLIGHT;
-        settings.no_auto_bright = 1;
-        settings.adjust_maximum_thr = 0; // white is the sensor's, not this picture's brightest reading
-        settings.highlight = 0;          // clip
-        settings.user_flip = 0;          // turned upright later, with all other photographs
-        settings.output_color = 1;       // linear sRGB
-        constexpr int kPatternedPixelGrouping = 2;
-        settings.user_qual = kPatternedPixelGrouping;
-    }
+    explicit Decoder(std::span<const uint8_t> file) : content(file, decoder->imgdata) {}
 
     int open() { return decoder->open_datastream(&content); }
     int unpack() {
@@ -65,12 +70,20 @@ public:
         return error;
     }
     LibRaw *operator->() const { return decoder.get(); }
+    LibRaw &operator*() const { return *decoder; }
 
 private:
-    // Too big for the stack.
-    std::unique_ptr<LibRaw> decoder = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
+    std::unique_ptr<LibRaw> decoder = makeDecoder();
     Content content;
 };
+
+/// LibRaw lowers white by the black level that all four of its channels share. Readings without a filter may
+/// give one for each of their three channels; zero for the fourth would leave white where it was, and grey.
+void completeBlackLevels(libraw_data_t &file) {
+    auto &black = file.rawdata.color.cblack; // where development takes the levels from
+    if (file.idata.filters == 0 && file.idata.colors == 3)
+        black[3] = std::min({black[0], black[1], black[2]});
+}
 
 std::string reasonInWords(int error) {
     switch (error) {
@@ -142,15 +155,11 @@ void copyAsBgrx(const libraw_data_t &developed, BgrxImage &image) {
     }
 }
 
-} // namespace
-
-RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header) {
-    Decoder decoder(file);
-    if (decoder.open() != LIBRAW_SUCCESS)
-        return {};
-    const libraw_image_sizes_t &sizes = decoder->imgdata.sizes;
+/// readRawHeader with a decoder that has opened the file.
+RawHeaderResult headerOf(LibRaw &decoder, PictureHeader &header) {
+    const libraw_image_sizes_t &sizes = decoder.imgdata.sizes;
     const int flip = sizes.flip; // lost in the next step, which leaves the turning to us
-    if (const int error = decoder->adjust_sizes_info_only(); error != LIBRAW_SUCCESS)
+    if (const int error = decoder.adjust_sizes_info_only(); error != LIBRAW_SUCCESS)
         return {true, reasonInWords(error)};
     // The whole sensor is decoded, with the masked border that is cut off.
     if (sizes.raw_width > 0 && !fitsPictureLimit(sizes.raw_width, sizes.raw_height))
@@ -159,16 +168,29 @@ RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &head
     header.width = sizes.iwidth;
     header.height = sizes.iheight;
     header.orientation = exifOrientation(flip);
-    header.isoSpeed = decoder->imgdata.other.iso_speed;
-    header.focalLength = decoder->imgdata.other.focal_len;
+    header.isoSpeed = decoder.imgdata.other.iso_speed;
+    header.focalLength = decoder.imgdata.other.focal_len;
     // Deflated readings, the smallest ones that there are, hardly take less than a byte for 500 of them.
     constexpr size_t kMostReadingsPerByte = 512;
     header.smallestFile = size_t{sizes.raw_width} * size_t{sizes.raw_height} / kMostReadingsPerByte;
     // The readings, of one channel or four, and the picture that is made of them.
-    const size_t channels = decoder->imgdata.idata.filters != 0 ? 1 : 4;
+    const size_t channels = decoder.imgdata.idata.filters != 0 ? 1 : 4;
     header.decodingBytes =
         (channels + 4) * sizeof(uint16_t) * size_t{sizes.raw_width} * size_t{sizes.raw_height};
     return {true, std::nullopt};
+}
+
+} // namespace
+
+RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header) {
+    Decoder decoder(file);
+    return decoder.open() == LIBRAW_SUCCESS ? headerOf(*decoder, header) : RawHeaderResult{};
+}
+
+RawHeaderResult readRawHeader(const std::string &path, PictureHeader &header) {
+    const auto decoder = makeDecoder();
+    return decoder->open_file(path.c_str()) == LIBRAW_SUCCESS ? headerOf(*decoder, header)
+                                                              : RawHeaderResult{};
 }
 
 std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &image) {
@@ -179,6 +201,7 @@ std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &i
         return reasonInWords(error);
     if (decoder->error_count() > 0 || !hasReadings(decoder->imgdata))
         return kDamaged;
+    completeBlackLevels(decoder->imgdata);
     if (const int error = decoder->dcraw_process(); error != LIBRAW_SUCCESS)
         return reasonInWords(error);
     const libraw_data_t &developed = decoder->imgdata;

@@ -19,6 +19,9 @@ struct RawHeaderResult {
 /// readPictureHeader for a camera RAW file of any kind that LibRaw knows.
 RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &header);
 
+/// The same for the ordinary file at `path`, of which no more is read than the header.
+RawHeaderResult readRawHeader(const std::string &path, PictureHeader &header);
+
 /**
  * decodePicture for a camera RAW file, whose header has been accepted.
  *

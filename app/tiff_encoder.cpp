@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <exception>
+#include <future>
 #include <memory>
 #include <new>
 
@@ -97,21 +98,14 @@ uint16_t compressionTag(TiffCompression compression) {
     return COMPRESSION_ADOBE_DEFLATE;
 }
 
-/// Appends a picture with its directory. False on failure.
-bool writePage(TIFF *tiff, const PictureView &picture, int32_t dotsPerInch, TiffCompression compression,
-               const std::vector<uint8_t> &profile) {
-    constexpr size_t kStripBytes = 256 * 1024; // few enough strips, each small enough for a reader's cache
-    const auto stripRows = static_cast<int32_t>(std::max<size_t>(kStripBytes / picture.rgbBytes(), 1));
+/// Sets what the strips of a picture depend on.
+void setStripFields(TIFF *tiff, const PictureView &picture, int32_t stripRows, TiffCompression compression) {
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, picture.width);
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, picture.height);
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(dotsPerInch));
-    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(dotsPerInch));
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, stripRows);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, compressionTag(compression));
     constexpr int kDeflateLevel = 4; // beyond it, files shrink by a few hundredths in several times the time
@@ -119,7 +113,10 @@ bool writePage(TIFF *tiff, const PictureView &picture, int32_t dotsPerInch, Tiff
         TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, kDeflateLevel);
     if (compression == TiffCompression::Lzw || compression == TiffCompression::Deflate)
         TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(profile.size()), profile.data());
+}
+
+/// Writes all strips of a picture. False on failure.
+bool writeStrips(TIFF *tiff, const PictureView &picture, int32_t stripRows) {
     // Whole strips, as libtiff compresses those several times as fast as single rows.
     std::vector<uint8_t> strip(picture.rgbBytes() * static_cast<size_t>(stripRows));
     for (int32_t y = 0; y < picture.height; y += stripRows) {
@@ -130,7 +127,70 @@ bool writePage(TIFF *tiff, const PictureView &picture, int32_t dotsPerInch, Tiff
         if (TIFFWriteEncodedStrip(tiff, static_cast<uint32_t>(y / stripRows), strip.data(), bytes) != bytes)
             return false;
     }
-    return TIFFWriteDirectory(tiff) != 0;
+    return true;
+}
+
+/// Part of a picture in a TIFF file in memory of its own.
+struct CompressedPart {
+    MemoryFile file;
+    Tiff tiff; ///< null on failure
+};
+
+std::unique_ptr<CompressedPart> compressPart(const PictureView &picture, int32_t stripRows,
+                                             TiffCompression compression) {
+    auto part = std::make_unique<CompressedPart>();
+    part->tiff = openTiff(part->file);
+    if (part->tiff)
+        setStripFields(part->tiff.get(), picture, stripRows, compression);
+    if (part->tiff && !writeStrips(part->tiff.get(), picture, stripRows))
+        part->tiff.reset();
+    return part;
+}
+
+/// Writes the strips of a picture, compressed in parts on several threads; the bytes are those of
+/// writeStrips. False on failure.
+bool writeStripsInParts(TIFF *tiff, const PictureView &picture, int32_t stripRows,
+                        TiffCompression compression) {
+    constexpr int32_t kParts = 8;
+    const int32_t strips = (picture.height + stripRows - 1) / stripRows;
+    const int32_t partRows = (strips + kParts - 1) / kParts * stripRows;
+    std::vector<std::future<std::unique_ptr<CompressedPart>>> parts;
+    for (int32_t first = 0; first < picture.height; first += partRows) {
+        PictureView rows = picture;
+        rows.pixels = picture.row(first);
+        rows.height = std::min(partRows, picture.height - first);
+        parts.push_back(std::async(std::launch::async, compressPart, rows, stripRows, compression));
+    }
+    uint32_t strip = 0;
+    for (auto &compressed : parts) {
+        const auto part = compressed.get();
+        if (!part->tiff)
+            return false;
+        for (uint32_t i = 0; i < TIFFNumberOfStrips(part->tiff.get()); ++i, ++strip) {
+            uint8_t *bytes = part->file.bytes.data() + TIFFGetStrileOffset(part->tiff.get(), i);
+            const auto size = static_cast<tmsize_t>(TIFFGetStrileByteCount(part->tiff.get(), i));
+            if (TIFFWriteRawStrip(tiff, strip, bytes, size) != size)
+                return false;
+        }
+    }
+    return true;
+}
+
+/// Appends a picture with its directory. False on failure.
+bool writePage(TIFF *tiff, const PictureView &picture, int32_t dotsPerInch, TiffCompression compression,
+               const std::vector<uint8_t> &profile) {
+    constexpr size_t kStripBytes = 256 * 1024; // few enough strips, each small enough for a reader's cache
+    const auto stripRows = static_cast<int32_t>(std::max<size_t>(kStripBytes / picture.rgbBytes(), 1));
+    setStripFields(tiff, picture, stripRows, compression);
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(dotsPerInch));
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(dotsPerInch));
+    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(profile.size()), profile.data());
+    const bool written = compression == TiffCompression::None
+                             ? writeStrips(tiff, picture, stripRows)
+                             : writeStripsInParts(tiff, picture, stripRows, compression);
+    return written && TIFFWriteDirectory(tiff) != 0;
 }
 
 /// The pictures as a file in memory, in `file`. Returns what went wrong, or nothing on success.

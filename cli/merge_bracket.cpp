@@ -44,11 +44,11 @@ ExitStatus mergeFailed(HdrStatus status, MergeReport &report) {
 }
 
 /// Reads the photographs into the engine's inputs.
-ExitStatus readPhotographs(const Options &options, IHDREngineController &controller, CameraExifs &cameraExifs,
-                           MergeReport &report) {
+ExitStatus readPhotographs(const Options &options, size_t decodingMemory, IHDREngineController &controller,
+                           CameraExifs &cameraExifs, MergeReport &report) {
     const Stopwatch stopwatch;
     Photographs photographs;
-    report.error = openPhotographs(options.photographs, photographs);
+    report.error = openPhotographs(options.photographs, photographs, decodingMemory);
     if (report.error)
         return kBadPhotograph;
     cameraExifs = readCameraExifs(options.photographs, options.writing);
@@ -105,7 +105,7 @@ ExitStatus write(const Options &options, const Picture &picture, const CameraExi
     return report.error ? kCannotWrite : kSuccess;
 }
 
-ExitStatus run(const Options &options, const MergeWatch &watch, MergeReport &report) {
+ExitStatus run(const Options &options, const MergeWatch &watch, size_t decodingMemory, MergeReport &report) {
     report.error = checkTarget(options.output);
     if (report.error)
         return kCannotWrite;
@@ -115,7 +115,8 @@ ExitStatus run(const Options &options, const MergeWatch &watch, MergeReport &rep
     MergeInspection inspection;
     {
         WatchedMerge controller(watch);
-        if (const ExitStatus status = readPhotographs(options, controller, cameraExifs, report);
+        if (const ExitStatus status =
+                readPhotographs(options, decodingMemory, controller, cameraExifs, report);
             status != kSuccess)
             return status;
         if (cancelled())
@@ -137,11 +138,11 @@ ExitStatus run(const Options &options, const MergeWatch &watch, MergeReport &rep
 
 } // namespace
 
-MergeReport mergeBracket(const Options &options, const MergeWatch &watch) {
+MergeReport mergeBracket(const Options &options, const MergeWatch &watch, size_t decodingMemory) {
     const Stopwatch stopwatch;
     MergeReport report;
     try {
-        report.exitStatus = run(options, watch, report);
+        report.exitStatus = run(options, watch, decodingMemory, report);
     } catch (const std::bad_alloc &) {
         report.exitStatus = mergeFailed(HDR_ERR_NOMEM, report);
     } catch (const std::exception &error) {

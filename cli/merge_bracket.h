@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "app/photographs.h"
 #include "cli/merge_report.h"
 #include "cli/options.h"
 
@@ -21,9 +22,10 @@ struct MergeWatch {
  * Merges one bracket as `options` says: reads the photographs, merges, applies the colour effect, writes the
  * picture and the report folder. Tells in the result how it went, whatever happened; prints nothing. A
  * picture that has been begun to be written is finished when the merge is cancelled. Safe to call from
- * several threads for different pictures.
+ * several threads for different pictures. `decodingMemory` is what openPhotographs may take.
  */
-MergeReport mergeBracket(const Options &options, const MergeWatch &watch);
+MergeReport mergeBracket(const Options &options, const MergeWatch &watch,
+                         size_t decodingMemory = kDecodingMemory);
 
 /// An error with the file to blame, if there is one.
 std::string inOneLine(const FileError &error);

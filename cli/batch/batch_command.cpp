@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/batch/batch_command.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "cli/batch/batch_log.h"
@@ -52,6 +55,25 @@ std::optional<FileError> preparePlan(const BatchOptions &options, BatchPlan &pla
         showUnused(plan, std::cerr);
         return FileError{"", "no bracket was found among " + counted(found.photographs.size(), "photograph")};
     }
+    return std::nullopt;
+}
+
+/// What speaks against writing `file`, the plan or the log: it is one of the photographs, or the plan that
+/// runs.
+std::optional<std::string> overwritten(const std::string &file, const BatchOptions &options,
+                                       const BatchPlan &plan) {
+    const auto is = [&file](const std::string &other) {
+        std::error_code error;
+        return std::filesystem::equivalent(file, other, error) && !error;
+    };
+    const auto isPhotographOf = [&is](const PlannedMerge &merge) {
+        return std::ranges::any_of(merge.photographs, is);
+    };
+    if (std::ranges::any_of(plan.merges, isPhotographOf) ||
+        std::ranges::any_of(plan.unused, is, &FileError::path))
+        return "would overwrite one of the photographs";
+    if (is(options.planToRun))
+        return "is the plan itself";
     return std::nullopt;
 }
 
@@ -103,8 +125,12 @@ int runBatchCommand(int argc, char **argv) {
         return fail(*problem, kBadPhotograph);
     if (options.dryRun) {
         showPlan(plan);
-        return std::cout.flush() ? kSuccess : kCannotWrite;
+        return std::cout.flush() ? kSuccess
+                                 : fail({"", "the plan cannot be written to standard output"}, kCannotWrite);
     }
+    for (const std::string &file : {options.planToWrite, options.log})
+        if (const auto reason = overwritten(file, options, plan))
+            return fail({file, *reason}, kBadUsage);
     if (!options.planToWrite.empty()) {
         if (!options.quiet)
             showUnused(plan, std::cerr);

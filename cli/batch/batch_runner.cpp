@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include <malloc.h>
+
 #include "app/file_writer.h"
 #include "cli/batch/batch_progress.h"
 #include "cli/batch/memory_budget.h"
@@ -45,7 +47,8 @@ private:
     void work() {
         while (const PlannedMerge *merge = takeNext()) {
             const Options mergeOptions = optionsFor(*merge);
-            note(mergeOptions, mergeOne(mergeOptions));
+            note(mergeOptions, mergeOne(mergeOptions, static_cast<size_t>(decodingMemory(*merge))));
+            ::malloc_trim(0); // what the heap keeps of a merge would add to that of the next
             budget.give(mergeMemory(*merge));
         }
     }
@@ -72,7 +75,7 @@ private:
         return result;
     }
 
-    MergeReport mergeOne(const Options &mergeOptions) const {
+    MergeReport mergeOne(const Options &mergeOptions, size_t memoryToDecode) const {
         MergeReport report;
         report.exitStatus = kCannotWrite;
         std::error_code error;
@@ -83,7 +86,7 @@ private:
         else if (const auto mistake = fileMistake(mergeOptions))
             report.error = FileError{"", *mistake};
         else
-            return mergeBracket(mergeOptions, {{}, stopRequested});
+            return mergeBracket(mergeOptions, {{}, stopRequested}, memoryToDecode);
         return report;
     }
 

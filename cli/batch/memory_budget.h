@@ -9,8 +9,11 @@
 
 namespace tristop {
 
-/// An upper bound for the bytes that a merge takes at its peak.
+/// An upper bound for the bytes that a merge takes at its peak when its decoding keeps to decodingMemory.
 int64_t mergeMemory(const PlannedMerge &merge);
+
+/// The part of it that decoding may take beside the decoded photographs.
+int64_t decodingMemory(const PlannedMerge &merge);
 
 /// Half of the machine's memory, in bytes.
 int64_t usualMemoryLimit();

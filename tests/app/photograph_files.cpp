@@ -111,8 +111,10 @@ double lightOf(uint8_t sample) {
 }
 
 void writeDng(const std::string &path, const TestPicture &picture, const scene::DngEntries &entries,
-              double exposure) {
-    scene::Mosaic mosaic{picture.width, picture.height, std::vector<uint16_t>(picture.samples.size() / 3)};
+              double exposure, const scene::DngStorage &storage, int samples) {
+    scene::Mosaic mosaic{picture.width, picture.height,
+                         std::vector<uint16_t>(picture.samples.size() / 3 * static_cast<size_t>(samples)),
+                         samples};
     for (int y = 0; y < picture.height; ++y)
         for (int x = 0; x < picture.width; ++x) {
             const Rgb color = picture.at(x, y);
@@ -122,7 +124,7 @@ void writeDng(const std::string &path, const TestPicture &picture, const scene::
             });
             mosaic.expose(x, y, light);
         }
-    writeFile(path, scene::encodeDng(mosaic, entries));
+    writeFile(path, scene::encodeDng(mosaic, entries, storage));
 }
 
 void addExif(const std::string &path, const std::map<std::string, std::string> &entries) {

@@ -63,9 +63,9 @@ struct JpegOptions {
 void writeJpeg(const std::string &path, const TestPicture &picture, const JpegOptions &options = {});
 
 /// Writes a picture as the readings of a camera whose development gives it back; a colour's light is
-/// multiplied by `exposure` first.
+/// multiplied by `exposure` first. With three samples a pixel the camera has no colour filter.
 void writeDng(const std::string &path, const TestPicture &picture, const scene::DngEntries &entries = {},
-              double exposure = 1);
+              double exposure = 1, const scene::DngStorage &storage = {}, int samples = 1);
 
 /// Adds EXIF entries, by Exiv2's names and notation ("Exif.Image.XResolution", "300/1").
 void addExif(const std::string &path, const std::map<std::string, std::string> &entries);

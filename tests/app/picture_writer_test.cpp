@@ -93,6 +93,19 @@ TEST_F(PictureWriterTest, writesTiffWithoutLoss) {
     }
 }
 
+TEST_F(PictureWriterTest, writesTiffOfManyStripsInOrder) {
+    TestPicture picture(700, 1000); // nine strips
+    for (size_t i = 0; i < picture.samples.size(); ++i)
+        picture.samples[i] = static_cast<uint8_t>(i * i >> 7);
+    const std::string path = folder.path("picture.tif");
+    for (const TiffCompression compression :
+         {TiffCompression::None, TiffCompression::Lzw, TiffCompression::PackBits, TiffCompression::Deflate}) {
+        ASSERT_FALSE(writePicture(path, {picture.samples.data(), 700, 1000, 2100, PixelOrder::Rgb}, {},
+                                  {.tiffCompression = compression}));
+        EXPECT_EQ(readTiff(path).pages.at(0).samples, picture.samples);
+    }
+}
+
 TEST_F(PictureWriterTest, halvesTheColourResolutionOfSmallJpegs) {
     const std::string path = folder.path("picture.jpg");
     std::vector<uint8_t> previous;

@@ -66,6 +66,43 @@ TEST_F(RawReaderTest, givesTheColoursThatTheSensorSaw) {
             << i;
 }
 
+TEST_F(RawReaderTest, readsReadingsHoweverTheyAreStored) {
+    constexpr int kWidth = 133, kHeight = 101;
+    constexpr std::array<Rgb, 4> kColors = {{{128, 128, 128}, {200, 60, 40}, {50, 170, 60}, {40, 60, 190}}};
+    TestPicture picture(kWidth, kHeight);
+    for (int i = 0; i < 4; ++i)
+        picture.fill(i % 2 * 66, i / 2 * 50, i % 2 == 0 ? 66 : kWidth, i / 2 == 0 ? 50 : kHeight,
+                     kColors[static_cast<size_t>(i)]);
+    const std::string path = folder.path("photograph.dng");
+    const std::vector<scene::DngStorage> storages = {
+        {.bits = 14},
+        {.bits = 12, .black = 256, .white = 4095},
+        {.bits = 10, .black = 0, .white = 1000},
+        {.black = 2000, .white = 65535},
+        {.bits = 14, .losslessJpeg = true},
+        {.losslessJpeg = true, .black = 0, .white = 65535},
+        {.activeArea = {{2, 8, 98, 130}}},
+        {.bits = 12, .losslessJpeg = true, .black = 64, .white = 3000, .activeArea = {{4, 6, 101, 133}}}};
+    for (const int samples : {1, 3})
+        for (size_t i = 0; i < storages.size(); ++i) {
+            SCOPED_TRACE(std::to_string(samples) + " samples, storage " + std::to_string(i));
+            writeDng(path, picture, {.orientation = 8}, 1, storages[i], samples);
+            const auto [top, left, bottom, right] =
+                storages[i].activeArea.value_or(std::array<uint16_t, 4>{0, 0, kHeight, kWidth});
+            const ImageSize upright = {static_cast<double>(bottom - top), static_cast<double>(right - left)};
+            CBImageSource source;
+            ASSERT_TRUE(source.initWithPhoto(path)) << source.failure();
+            EXPECT_EQ(source.imageSize(8), upright) << "before it is decoded";
+            ASSERT_TRUE(source.open()) << source.failure();
+            EXPECT_EQ(source.imageSize(8), upright);
+            for (int k = 0; k < 4; ++k)
+                EXPECT_LE(distance(storedPixel(source, 33 + 66 * (k % 2) - left, 25 + 50 * (k / 2) - top),
+                                   kColors[static_cast<size_t>(k)]),
+                          2)
+                    << k;
+        }
+}
+
 TEST_F(RawReaderTest, keepsTheRatioOfExposures) {
     // Light of 0.02 on the left and 0.1 on the right, in four exposures; the third one nearly saturates.
     TestPicture picture(80, 40, {38, 38, 38});

@@ -29,16 +29,20 @@ using Arguments = std::vector<std::string>;
 
 constexpr int kBrackets = 60;
 
-/// Two cameras of one model in turns: sixty whole brackets, two that lack a photograph, a file whose header
-/// is sound and whose picture is not, one that is no picture, and a text.
+/// Two cameras of one model in turns, every third bracket of each as camera RAW files: sixty whole brackets,
+/// two that lack a photograph, a file whose header is sound and whose picture is not, one that is no picture,
+/// and a text.
 class BatchTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         shoot = new TemporaryFolder;
         const std::array<std::string, 3> exposures = {shoot->path("middle"), shoot->path("dark"),
                                                       shoot->path("bright")};
-        for (size_t i = 0; i < 3; ++i)
-            writeJpeg(exposures[i], wall(160, 120, std::array{4.0, 1.0, 16.0}[i]));
+        for (size_t i = 0; i < 3; ++i) {
+            const TestPicture picture = wall(160, 120, std::array{4.0, 1.0, 16.0}[i]);
+            writeJpeg(exposures[i] + ".JPG", picture);
+            writeDng(exposures[i] + ".DNG", picture);
+        }
         fs::create_directory(shoot->path("card"));
         for (int bracket = 0; bracket < kBrackets + 2; ++bracket)
             for (int i = 0; i < (bracket < kBrackets ? 3 : 2); ++i)
@@ -51,16 +55,21 @@ protected:
     }
     static void TearDownTestSuite() { delete shoot; }
 
+    static std::string suffix(int bracket) { return bracket / 2 % 3 == 0 ? ".DNG" : ".JPG"; }
+
     /// Cameras A and B take their brackets at the same time, so that the names of their files alternate.
     static std::string photograph(int bracket, int number) {
         const int position = (bracket / 2 * 3 + number) * 2 + bracket % 2;
-        std::string digits = std::to_string(1000 + position);
-        return shoot->path("card/IMG_" + digits + ".JPG");
+        return shoot->path("card/IMG_" + std::to_string(1000 + position) + suffix(bracket));
+    }
+
+    static std::string resultOf(int bracket) {
+        return fs::path(photograph(bracket, 0)).stem().string() + "-hdr.jpg";
     }
 
     static void takePhotograph(const std::string &exposure, int bracket, int number) {
         const std::string path = photograph(bracket, number);
-        fs::copy_file(exposure, path);
+        fs::copy_file(exposure + suffix(bracket), path);
         const int tenths = bracket / 2 * 400 + number * 3 + bracket % 2;
         std::array<char, 32> time{};
         std::snprintf(time.data(), time.size(), "2024:05:31 18:%02d:%02d", tenths / 600, tenths / 10 % 60);
@@ -150,9 +159,8 @@ TEST_F(BatchTest, showsWhatItWouldDo) {
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("\n60 brackets, 5 unused photographs\n"), std::string::npos) << outcome.out;
     for (int bracket = 0; bracket < kBrackets; ++bracket) {
-        const std::string middle = fs::path(photograph(bracket, 0)).stem();
         const std::string line = photograph(bracket, 1) + ' ' + photograph(bracket, 0) + ' ' +
-                                 photograph(bracket, 2) + " -> " + path("out/" + middle + "-hdr.jpg") + '\n';
+                                 photograph(bracket, 2) + " -> " + path("out/" + resultOf(bracket)) + '\n';
         EXPECT_NE(outcome.out.find(line), std::string::npos) << line;
     }
     EXPECT_NE(outcome.out.find("IMG_9999.JPG: is no photograph that can be read\n"), std::string::npos);
@@ -166,8 +174,7 @@ TEST_F(BatchTest, mergesAFolderAndThenOnlyWhatIsNew) {
                                  path("log"),         "--style", "bw"};
     const Outcome first = run(arguments);
     EXPECT_EQ(first.status, 6);
-    const std::string broken =
-        path("out/" + std::string(fs::path(photograph(kBrackets - 1, 0)).stem()) + "-hdr.jpg");
+    const std::string broken = path("out/" + resultOf(kBrackets - 1));
     EXPECT_NE(first.err.find("tristop-cli: " + broken + " was not made: " + photograph(kBrackets - 1, 2) +
                              ": is truncated: it ends before its picture does\n"),
               std::string::npos)
@@ -185,14 +192,15 @@ TEST_F(BatchTest, mergesAFolderAndThenOnlyWhatIsNew) {
     EXPECT_EQ(log.size(), 60u);
     EXPECT_EQ(log.at(fs::path(broken).filename()), std::vector<std::string>{"failed"});
 
-    // The same picture as that of the plain command.
-    ASSERT_EQ(runCommand(folder, TRISTOP_CLI,
-                         {photograph(7, 0), photograph(7, 1), photograph(7, 2), "-o", path("alone.jpg"),
-                          "--style", "bw"})
-                  .status,
-              0);
-    EXPECT_EQ(readFile(path("alone.jpg")),
-              readFile(path("out/" + std::string(fs::path(photograph(7, 0)).stem()) + "-hdr.jpg")));
+    // The same picture as that of the plain command, of RAW files and of JPEG files.
+    for (const int bracket : {7, 8}) {
+        ASSERT_EQ(runCommand(folder, TRISTOP_CLI,
+                             {photograph(bracket, 0), photograph(bracket, 1), photograph(bracket, 2), "-o",
+                              path("alone.jpg"), "--style", "bw"})
+                      .status,
+                  0);
+        EXPECT_EQ(readFile(path("alone.jpg")), readFile(path("out/" + resultOf(bracket))));
+    }
 
     auto before = results();
     const std::string removed = before.begin()->first, outdated = std::next(before.begin())->first;
@@ -309,6 +317,18 @@ TEST_F(BatchTest, refusesBadUsage) {
     refused({"--run", path("none")}, 3, path("none") + ": cannot be read: No such file or directory");
     fs::create_directory(path("empty"));
     refused({path("empty"), "-o", out}, 3, "no bracket was found among 0 photographs");
+    const auto before = readFile(photograph(0, 0));
+    for (const char *option : {"--plan", "--log"})
+        for (const std::string &file : {photograph(0, 0), photograph(kBrackets, 0)})
+            refused({card, "-o", out, option, file}, 2, file + ": would overwrite one of the photographs");
+    EXPECT_EQ(readFile(photograph(0, 0)), before);
+    writePlan();
+    refused({"--run", path("plan.json"), "--log", path("plan.json")}, 2,
+            path("plan.json") + ": is the plan itself");
+    const Outcome unseen =
+        run({card, "-o", out, "--dry-run"}, TRISTOP_CLI, "lost() { \"$@\" >/dev/full; }; lost");
+    EXPECT_EQ(unseen.status, 5);
+    EXPECT_EQ(unseen.err, "tristop-cli: the plan cannot be written to standard output\n");
     writeFile(out, {});
     const Outcome blocked = run({photograph(0, 0), photograph(0, 1), photograph(0, 2), "-o", out, "--quiet"});
     EXPECT_EQ(blocked.status, 6);

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -63,20 +64,60 @@ TEST_F(CliTest, tellsAboutItself) {
     EXPECT_EQ(version.out.rfind("tristop-cli ", 0), 0u);
 }
 
-TEST_F(CliTest, isDocumentedAndCompletedWhole) {
-    std::set<std::string> options = longOptions(run({"--help"}).out);
-    options.merge(longOptions(run({"batch", "--help"}).out));
-    const std::string sources = TRISTOP_CLI_SOURCES;
-    const auto textOf = [&](const std::string &name) {
-        const auto bytes = readFile(sources + name);
+TEST_F(CliTest, documentsAndCompletesEachCommandsOptions) {
+    using Options = std::set<std::string>;
+    const Options merge = longOptions(run({"--help"}).out), batch = longOptions(run({"batch", "--help"}).out);
+    const auto textOf = [](const std::string &name) {
+        const auto bytes = readFile(TRISTOP_CLI_SOURCES + name);
         return std::string(bytes.begin(), bytes.end());
     };
+    // The manual and the completion for zsh: what one command has, or both, and then what batch adds.
     std::string manual = textOf("/tristop-cli.1");
     std::erase(manual, '\\');
-    EXPECT_EQ(longOptions(manual), options);
-    EXPECT_EQ(longOptions(textOf("/completions/tristop-cli.bash")), options);
-    EXPECT_EQ(longOptions(textOf("/completions/_tristop-cli")), options);
-    EXPECT_EQ(longOptions(textOf("/completions/tristop-cli.fish"), " -l "), options);
+    manual.erase(0, manual.find(".SH OPTIONS"));
+    const size_t batches = manual.find(".SH BATCHES");
+    const Options ofMerge = longOptions(manual.substr(0, batches)),
+                  added = longOptions(manual.substr(batches));
+    EXPECT_EQ(ofMerge, merge);
+    const auto united = [](Options one, const Options &other) {
+        one.insert(other.begin(), other.end());
+        return one;
+    };
+    const Options notOfBatch = {"version", "report", "json"};
+    Options shared = ofMerge;
+    for (const std::string &option : notOfBatch)
+        EXPECT_EQ(shared.erase(option), 1u) << option;
+    EXPECT_EQ(united(shared, added), batch);
+
+    const std::string zsh = textOf("/completions/_tristop-cli");
+    const size_t zshBatch = zsh.find("if [["), zshMerge = zsh.find("return\n");
+    const Options zshBoth = longOptions(zsh.substr(0, zshBatch));
+    EXPECT_EQ(united(zshBoth, longOptions(zsh.substr(zshBatch, zshMerge - zshBatch))), batch);
+    EXPECT_EQ(united(zshBoth, longOptions(zsh.substr(zshMerge))), merge);
+
+    const auto offeredByBash = [&](const std::string &command) {
+        const std::string script =
+            "source " TRISTOP_CLI_SOURCES "/completions/tristop-cli.bash; "
+            "compopt() { :; }; COMP_WORDS=(" +
+            command +
+            " --); "
+            "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _tristop_cli; echo ${COMPREPLY[@]}";
+        return longOptions(runCommand(folder, "bash", {"-c", script}).out);
+    };
+    EXPECT_EQ(offeredByBash("tristop-cli"), merge);
+    EXPECT_EQ(offeredByBash("tristop-cli batch"), batch);
+
+    Options fishMerge, fishBatch;
+    std::istringstream fish(textOf("/completions/tristop-cli.fish"));
+    for (std::string line; std::getline(fish, line);) {
+        const Options option = longOptions(line, " -l ");
+        if (line.find("-n 'not __fish_seen_subcommand_from batch'") == std::string::npos)
+            fishBatch = united(fishBatch, option);
+        if (line.find("-n '__fish_seen_subcommand_from batch'") == std::string::npos)
+            fishMerge = united(fishMerge, option);
+    }
+    EXPECT_EQ(fishMerge, merge);
+    EXPECT_EQ(fishBatch, batch);
 }
 
 TEST_F(CliTest, refusesBadUsage) {

@@ -84,12 +84,13 @@ TEST(RawBracket, MergesAsItsJpegTwinDoes) {
     settings.width = 720;
     settings.height = 480;
     const testing::TemporaryFolder folder;
+    const scene::DngStorage storage = {.bits = 12, .losslessJpeg = true, .black = 256, .white = 4095};
     Paths raw, jpeg;
     for (int shot = 0; shot < 3; ++shot) {
         const size_t place = static_cast<size_t>(shot + 1) % 3; // bright, dark, middle
         const std::string name = folder.path("shot" + std::to_string(shot));
         raw[place] = name + ".dng";
-        testing::writeFile(raw[place], scene::encodeDng(scene::renderMosaic(settings, shot)));
+        testing::writeFile(raw[place], scene::encodeDng(scene::renderMosaic(settings, shot), {}, storage));
         jpeg[place] = name + ".jpg";
         testing::TestPicture picture(settings.width, settings.height);
         picture.samples = scene::render(settings, shot).samples;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tools/scene_renderer/dng.h"
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <map>
 #include <span>
 #include <utility>
@@ -142,41 +144,163 @@ Directory exposureDirectory(const DngEntries &entries) {
     return directory;
 }
 
+/// Bits one after the other, the highest of each value first.
+class BitWriter {
+public:
+    explicit BitWriter(Bytes &bytes) : bytes(bytes) {}
+
+    void write(std::uint32_t value, int count) {
+        for (int bit = count - 1; bit >= 0; --bit) {
+            current = static_cast<std::uint8_t>(current << 1 | (value >> bit & 1));
+            if (++filled == 8)
+                finishByte();
+        }
+    }
+    /// Fills up the last byte.
+    void align(bool with) {
+        while (filled > 0)
+            write(with, 1);
+    }
+    /// Follows bytes of all ones by zero, as JPEG data do.
+    void stuff() { stuffed = true; }
+
+private:
+    void finishByte() {
+        bytes.push_back(current);
+        if (stuffed && current == 0xff)
+            bytes.push_back(0);
+        current = 0;
+        filled = 0;
+    }
+
+    Bytes &bytes;
+    std::uint8_t current = 0;
+    int filled = 0;
+    bool stuffed = false;
+};
+
+void appendPacked(Bytes &file, const Mosaic &readings, int bits) {
+    const auto rowSamples = static_cast<std::size_t>(readings.width * readings.samples);
+    BitWriter writer(file);
+    for (std::size_t i = 0; i < readings.levels.size(); ++i) {
+        writer.write(readings.levels[i], bits);
+        if ((i + 1) % rowSamples == 0)
+            writer.align(false);
+    }
+}
+
+/// The lossless process of ITU T.81: each sample as its difference from the one before (of the same channel)
+/// with a code of five bits for the difference's number of bits.
+void appendLosslessJpeg(Bytes &file, const Mosaic &readings, int bits) {
+    const auto samples = static_cast<std::size_t>(readings.samples);
+    const auto rowSamples = static_cast<std::size_t>(readings.width) * samples;
+    const auto marker = [&file](std::uint8_t code, const Bytes &content) {
+        const std::size_t length = content.size() + 2;
+        file.insert(file.end(),
+                    {0xff, code, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)});
+        file.insert(file.end(), content.begin(), content.end());
+    };
+    const auto high = [](int value) { return static_cast<std::uint8_t>(value >> 8); };
+    const auto low = [](int value) { return static_cast<std::uint8_t>(value); };
+    file.insert(file.end(), {0xff, 0xd8});
+    Bytes frame = {low(bits),           high(readings.height), low(readings.height), high(readings.width),
+                   low(readings.width), low(readings.samples)};
+    Bytes scan = {low(readings.samples)};
+    for (int channel = 0; channel < readings.samples; ++channel) {
+        frame.insert(frame.end(), {low(channel), 0x11, 0}); // not reduced in size
+        scan.insert(scan.end(), {low(channel), 0});         // by the first code
+    }
+    marker(0xc3, frame);
+    constexpr int kCodeBits = 5, kLengths = 17; // of differences: 0 to 16 bits
+    Bytes codes(1 + 16 + kLengths);
+    codes[kCodeBits] = kLengths;
+    for (std::size_t i = 0; i < kLengths; ++i)
+        codes[17 + i] = static_cast<std::uint8_t>(i);
+    marker(0xc4, codes);
+    scan.insert(scan.end(), {1, 0, 0}); // predicted from the left
+    marker(0xda, scan);
+    BitWriter writer(file);
+    writer.stuff();
+    for (std::size_t i = 0; i < readings.levels.size(); ++i) {
+        const bool firstColumn = i % rowSamples < samples, firstRow = i < rowSamples;
+        const int before = !firstColumn ? readings.levels[i - samples]
+                           : !firstRow  ? readings.levels[i - rowSamples]
+                                        : 1 << (bits - 1);
+        const auto difference = static_cast<std::int16_t>(readings.levels[i] - before); // modulo 2^16
+        const int length = static_cast<int>(std::bit_width(static_cast<unsigned>(std::abs(difference))));
+        writer.write(static_cast<std::uint32_t>(length), kCodeBits);
+        if (length < 16) // a negative one less one, in so many bits
+            writer.write(static_cast<std::uint32_t>(difference < 0 ? difference - 1 : difference), length);
+    }
+    writer.align(true);
+    file.insert(file.end(), {0xff, 0xd9});
+}
+
+/// The readings as they are stored.
+Bytes storedReadings(const Mosaic &mosaic, const DngStorage &storage) {
+    Mosaic readings = mosaic;
+    for (std::uint16_t &level : readings.levels) {
+        const double share = static_cast<double>(level - kBlackLevel) / (kWhiteLevel - kBlackLevel);
+        level = static_cast<std::uint16_t>(storage.black + share * (storage.white - storage.black) + 0.5);
+    }
+    Bytes bytes;
+    bytes.reserve(2 * readings.levels.size());
+    if (storage.losslessJpeg)
+        appendLosslessJpeg(bytes, readings, storage.bits);
+    else if (storage.bits < 16)
+        appendPacked(bytes, readings, storage.bits);
+    else
+        for (const std::uint16_t level : readings.levels)
+            append(bytes, level, 2);
+    return bytes;
+}
+
 } // namespace
 
-std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entries) {
+std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entries,
+                                    const DngStorage &storage) {
     const Directory exposure = exposureDirectory(entries);
-    const auto pixelBytes = static_cast<std::uint32_t>(2 * mosaic.levels.size());
+    const Bytes pixels = storedReadings(mosaic, storage);
+    const auto samples = static_cast<std::uint16_t>(mosaic.samples);
     Directory main;
     main.addLong(254, 0); // the full picture
     main.addLong(256, static_cast<std::uint32_t>(mosaic.width));
     main.addLong(257, static_cast<std::uint32_t>(mosaic.height));
-    main.addShort(258, 16);    // bits a sample
-    main.addShort(259, 1);     // not compressed
-    main.addShort(262, 32803); // behind a colour filter
+    main.addShorts(258, std::vector(samples, static_cast<std::uint16_t>(storage.bits)));
+    main.addShort(259, storage.losslessJpeg ? 7 : 1); // compression
+    main.addShort(262, samples == 1 ? 32803 : 34892); // behind a colour filter, or linear
     main.addText(271, entries.make);
     main.addText(272, entries.model);
     main.addShort(274, entries.orientation);
-    main.addShort(277, 1); // samples a pixel
+    main.addShort(277, samples);
     main.addLong(278, static_cast<std::uint32_t>(mosaic.height));
-    main.addLong(279, pixelBytes);
+    main.addLong(279, static_cast<std::uint32_t>(pixels.size()));
     main.addFraction(282, kRational, entries.xResolution);
     main.addFraction(283, kRational, entries.yResolution);
     main.addShort(296, 2); // inches
     main.addText(306, entries.dateTime);
-    main.addShorts(33421, std::array<std::uint16_t, 2>{2, 2});     // the filter's repeat
-    main.addBytes(33422, std::array<std::uint8_t, 4>{0, 1, 1, 2}); // red, green, green, blue
+    if (samples == 1) {
+        main.addShorts(33421, std::array<std::uint16_t, 2>{2, 2}); // the filter's repeat
+        const auto [top, left, bottom, right] = storage.activeArea.value_or(std::array<std::uint16_t, 4>{});
+        std::array<std::uint8_t, 4> filter{}; // from the active area's corner on
+        for (int i = 0; i < 4; ++i)
+            filter[static_cast<std::size_t>(i)] =
+                static_cast<std::uint8_t>(Mosaic::channelAt((left + i % 2) % 2, (top + i / 2) % 2));
+        main.addBytes(33422, filter);
+    }
     main.addBytes(50706, std::array<std::uint8_t, 4>{1, 4, 0, 0}); // DNG version
     main.addBytes(50707, std::array<std::uint8_t, 4>{1, 1, 0, 0}); // and the oldest that can read it
     main.addText(50708, entries.make + ' ' + entries.model);       // unique camera model
-    main.addShort(50714, kBlackLevel);
-    main.addShort(50717, kWhiteLevel);
+    main.addShorts(50714, std::vector(samples, storage.black));
+    main.addShorts(50717, std::vector(samples, storage.white));
     main.addFractions(50721, kSignedRational, colorMatrix());
     std::array<Fraction, 3> neutral;
     for (std::size_t i = 0; i < neutral.size(); ++i)
         neutral[i] = inTenThousandths(kCameraNeutral[i]);
     main.addFractions(50728, kRational, neutral);
     main.addShort(50778, 21); // the matrix is for D65
+    if (storage.activeArea)
+        main.addShorts(50829, *storage.activeArea);
     // The places of what follows this directory; its size does not depend on them.
     constexpr std::uint32_t kHeaderSize = 8;
     main.addLong(273, 0);
@@ -187,12 +311,11 @@ std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entr
     main.addLong(34665, exposureAt);
 
     Bytes file = {'I', 'I', 42, 0};
-    file.reserve(std::size_t{pixelsAt} + pixelBytes);
+    file.reserve(pixelsAt + pixels.size());
     append(file, kHeaderSize, 4);
     main.write(file);
     exposure.write(file);
-    for (const std::uint16_t level : mosaic.levels)
-        append(file, level, 2);
+    file.insert(file.end(), pixels.begin(), pixels.end());
     return file;
 }
 

@@ -28,8 +28,18 @@ struct DngEntries {
     std::optional<Fraction> focalLength = {};  ///< millimetres
 };
 
-/// A DNG file (Adobe Digital Negative 1.4): the mosaic uncompressed in 16 bits behind all entries, with the
-/// colour matrix and white balance that bring it to linear sRGB.
-std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entries = {});
+/// How the readings are stored.
+struct DngStorage {
+    int bits = 16;             ///< of a sample, 16 or, packed without gaps, fewer
+    bool losslessJpeg = false; ///< compressed
+    std::uint16_t black = kBlackLevel, white = kWhiteLevel; ///< that the readings are stretched to
+    /// The part that is no masked border: top, left, bottom, right.
+    std::optional<std::array<std::uint16_t, 4>> activeArea = {};
+};
+
+/// A DNG file (Adobe Digital Negative 1.4): the mosaic behind all entries, with the colour matrix and white
+/// balance that bring it to linear sRGB.
+std::vector<std::uint8_t> encodeDng(const Mosaic &mosaic, const DngEntries &entries = {},
+                                    const DngStorage &storage = {});
 
 } // namespace tristop::scene

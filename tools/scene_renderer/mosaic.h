@@ -20,23 +20,34 @@ constexpr std::array<std::array<double, 3>, 3> kCameraFilters = {
     {{0.85, 0.15, 0}, {0.1, 0.8, 0.1}, {0, 0.2, 0.8}}};
 
 /// The readings of a sensor behind a Bayer filter (red and green in even rows, green and blue in odd ones),
-/// from kBlackLevel to kWhiteLevel, rows from the top without padding.
+/// or of one that tells all three channels of each pixel, from kBlackLevel to kWhiteLevel, rows from the top
+/// without padding.
 struct Mosaic {
     int width = 0, height = 0;
     std::vector<std::uint16_t> levels;
+    int samples = 1; ///< of a pixel: 1, or 3 without a filter
 
     /// The channel (0 red, 1 green, 2 blue) that pixel (x, y) sees.
     static constexpr std::size_t channelAt(int x, int y) { return static_cast<std::size_t>(x % 2 + y % 2); }
 
     /// Sets the reading of pixel (x, y), which received `color` in linear sRGB (1 saturates green).
     void expose(int x, int y, std::array<float, 3> color) {
-        const std::size_t channel = channelAt(x, y);
+        const auto pixel =
+            static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+        if (samples == 1)
+            levels[pixel] = reading(channelAt(x, y), color);
+        else
+            for (std::size_t channel = 0; channel < 3; ++channel)
+                levels[3 * pixel + channel] = reading(channel, color);
+    }
+
+private:
+    static std::uint16_t reading(std::size_t channel, std::array<float, 3> color) {
         double light = 0;
         for (std::size_t i = 0; i < color.size(); ++i)
             light += kCameraFilters[channel][i] * color[i];
-        const double reading = std::clamp(light * kCameraNeutral[channel], 0.0, 1.0);
-        levels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)] =
-            static_cast<std::uint16_t>(kBlackLevel + reading * (kWhiteLevel - kBlackLevel) + 0.5);
+        const double share = std::clamp(light * kCameraNeutral[channel], 0.0, 1.0);
+        return static_cast<std::uint16_t>(kBlackLevel + share * (kWhiteLevel - kBlackLevel) + 0.5);
     }
 };
 

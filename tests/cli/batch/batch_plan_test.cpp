@@ -76,6 +76,27 @@ TEST(PhotographSearch, readsCaptureDataOfAllFoldersButTheResults) {
     EXPECT_EQ(findPhotographs({folder.path("card/notes.txt")}, "", found)->reason, "is no photograph");
 }
 
+TEST(Capture, tellsTheSizeThatTheRawDecoderGives) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path("cropped.dng");
+    const scene::DngStorage cropped = {.activeArea = {{10, 20, 130, 180}}};
+    writeDng(path, TestPicture(200, 150), {.orientation = 6}, 1, cropped);
+    Capture capture;
+    ASSERT_FALSE(readCapture(path, capture));
+    EXPECT_EQ(capture.width, 120);
+    EXPECT_EQ(capture.height, 160);
+
+    std::vector<uint8_t> bytes = readFile(path);
+    bytes[2] = 0x55; // the magic number of RW2, whose entries Exiv2 files under the maker's own name
+    writeFile(path, bytes);
+    ASSERT_FALSE(readCapture(path, capture));
+    EXPECT_EQ(capture.width, 120);
+    EXPECT_EQ(capture.height, 160);
+
+    writeFile(path, scene::encodeDng({60000, 60000, {}}));
+    EXPECT_EQ(readCapture(path, capture), "is too large: 60000 x 60000 pixels, more than 536 megapixels");
+}
+
 /// Two brackets in one folder, one of the same names in another, and a photograph left over.
 BatchPlan samplePlan(const std::string &base, const std::string &nameTemplate) {
     PhotographSearch found;
