@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QSlider>
+#include <QTimer>
+
+namespace tristop {
+
+/**
+ * A slider for settings that take long to apply. It tells of a change when the user lets go of the handle,
+ * and a pause after the latest step by keyboard, wheel or a click beside the handle. A double click goes back
+ * to the default. Without focus the wheel does nothing; changes made by the program tell nobody.
+ */
+class AdjustSlider : public QSlider {
+    Q_OBJECT
+
+public:
+    static constexpr int kPauseMilliseconds = 400;
+
+    explicit AdjustSlider(QWidget *parent = nullptr);
+
+    /// Where a double click goes, marked below the track.
+    int defaultValue() const { return resetValue; }
+    void setDefaultValue(int value);
+
+    /// The setValue for the program: moves without telling anybody, and forgets a step not yet told.
+    void showValue(int value);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+signals:
+    /// The user is moving the slider.
+    void userMoved();
+    /// The user has moved the slider and is done for now.
+    void userSettled();
+
+protected:
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    /// Centre of the handle for a value, and the value for a place of that centre.
+    qreal placeOf(int value) const;
+    int valueAt(qreal place) const;
+    bool isOnHandle(const QPointF &point) const;
+    void settle();
+
+    QTimer pause;
+    int resetValue = 0;
+    int toldValue = 0;    ///< what the latest userSettled told, or the program showed
+    qreal grabOffset = 0; ///< from the handle's centre to where the mouse took it
+    bool dragged = false; ///< the mouse has moved the handle since it was pressed
+    bool byUser = false;  ///< valueChanged comes from an input event
+};
+
+} // namespace tristop
