@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+
+namespace tristop {
+
+/**
+ * Hands picture files to other programs: through the desktop's services, or through the xdg commands where a
+ * service is missing, refuses or does not answer in time. Every call returns at once.
+ */
+class Sharing : public QObject {
+    Q_OBJECT
+
+public:
+    /// Starts a command; false when it cannot be started.
+    using Launcher = std::function<bool(const QString &program, const QStringList &arguments)>;
+
+    static constexpr int kTimeoutMilliseconds = 5000;
+
+    explicit Sharing(QObject *parent = nullptr);
+    /// With a bus, a launcher and a time of one's own.
+    Sharing(const QDBusConnection &bus, Launcher launcher, int timeoutMilliseconds,
+            QObject *parent = nullptr);
+
+    /// A new e-mail with the file attached.
+    void sendByEmail(const QString &path);
+    /// Lets the user choose a program and opens the file with it.
+    void openWithProgram(const QString &path);
+    /// Selects the file in a window of the file manager.
+    void showInFolder(const QString &path);
+
+signals:
+    /// Neither way worked.
+    void failed();
+
+private:
+    struct Request;
+    void send(const QDBusMessage &message, const QString &program, const QStringList &arguments);
+    void launch(const QString &program, const QStringList &arguments);
+
+    QDBusConnection bus;
+    Launcher launcher;
+    int timeout;
+};
+
+} // namespace tristop
