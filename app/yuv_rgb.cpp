@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <future>
 #include <limits>
+#include <thread>
+#include <vector>
 
 #include <libyuv.h>
 
@@ -27,8 +30,32 @@ bool sizesFit(const Offscreen &record) {
            factor * pixelCount(record) <= std::numeric_limits<int32_t>::max();
 }
 
-void count(std::array<int64_t, 256> &bins, uint8_t value, int64_t &max) {
-    max = std::max(max, ++bins[value]);
+/// Copies rows with the outer bytes exchanged and counts their values.
+void exchangeAndCount(const uint8_t *bgr, uint8_t *rgb, int64_t width, int64_t rows, int64_t linebytes,
+                      IIHistogramData &counts) {
+    for (int64_t y = 0; y < rows; ++y) {
+        const uint8_t *source = bgr + y * linebytes;
+        uint8_t *target = rgb + y * linebytes;
+        for (int64_t x = 0; x < width; ++x, source += 3, target += 3) {
+            target[0] = source[2];
+            ++counts.bData[source[0]];
+            target[1] = source[1];
+            ++counts.gData[source[1]];
+            target[2] = source[0];
+            ++counts.rData[source[2]];
+        }
+    }
+}
+
+/// Adds the counts of a part of a picture.
+void add(const IIHistogramData &part, IIHistogramData &histogram) {
+    const auto addChannel = [&](const auto &counts, auto &bins) {
+        for (size_t value = 0; value < bins.size(); ++value)
+            histogram.max = std::max(histogram.max, bins[value] += counts[value]);
+    };
+    addChannel(part.bData, histogram.bData);
+    addChannel(part.gData, histogram.gData);
+    addChannel(part.rData, histogram.rData);
 }
 
 } // namespace
@@ -117,18 +144,19 @@ std::optional<RgbImage> CBYUVRGB::bgr2image(const uint8_t *bgr, int64_t width, i
                    allocPixels(static_cast<size_t>(linebytes * height))};
     if (!image.pixels)
         return std::nullopt;
-    for (int64_t y = 0; y < height; ++y) {
-        const uint8_t *source = bgr + y * linebytes;
-        uint8_t *target = image.pixels.get() + y * linebytes;
-        for (int64_t x = 0; x < width; ++x, source += 3, target += 3) {
-            target[0] = source[2];
-            count(histogramData.bData, source[0], histogramData.max);
-            target[1] = source[1];
-            count(histogramData.gData, source[1], histogramData.max);
-            target[2] = source[0];
-            count(histogramData.rData, source[2], histogramData.max);
-        }
-    }
+    // In bands side by side: the picture waits for this before it is shown.
+    const int64_t bands = std::max(1U, std::thread::hardware_concurrency());
+    const auto bandEdge = [&](int64_t band) { return height * band / bands; };
+    std::vector<std::future<IIHistogramData>> parts;
+    for (int64_t band = 0; band < bands; ++band)
+        parts.push_back(std::async([&, first = bandEdge(band), end = bandEdge(band + 1)] {
+            IIHistogramData counts;
+            exchangeAndCount(bgr + first * linebytes, image.pixels.get() + first * linebytes, width,
+                             end - first, linebytes, counts);
+            return counts;
+        }));
+    for (std::future<IIHistogramData> &part : parts)
+        add(part.get(), histogramData);
     return image;
 }
 
