@@ -99,7 +99,7 @@ public:
     void enableControl(bool enable);
     /// Shows the size of the picture in pixels.
     void updateSize(int64_t width, int64_t height);
-    void updateHistogramData(const std::shared_ptr<IIHistogramData> &histogramData);
+    void updateHistogramData(const IIHistogramData &histogramData);
 
     /// What a control does once the user has changed it.
     void toneLengthChanged();
