@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <functional>
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include <QColor>
@@ -9,6 +10,7 @@
 #include <QRectF>
 #include <QVariant>
 
+class QGradient;
 class QPainter;
 
 namespace tristop {
@@ -91,10 +93,15 @@ public:
     bool initWithCoder(const QVariant &coder);
 
 private:
+    /// The colour at a part (0 to 1) of the way between two stops.
+    using GradientFunction = CTGradientElement (*)(const CTGradientElement &first,
+                                                   const CTGradientElement &second, float part);
+
+    void setStopsOf(QGradient &gradient) const;
+
     std::vector<CTGradientElement> elements;
     CTGradientBlendingMode mode;
-    std::function<CTGradientElement(float position)>
-    gradientFunction(CTGradientBlendingMode blendingMode) const;
+    GradientFunction gradientFunction;
 };
 
 } // namespace tristop
