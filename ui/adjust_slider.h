@@ -23,7 +23,7 @@ public:
     int defaultValue() const { return resetValue; }
     void setDefaultValue(int value);
 
-    /// The setValue for the program: moves without telling anybody, and forgets a step not yet told.
+    /// Moves the handle for the program. A change by the user that has not been told yet is forgotten.
     void showValue(int value);
 
     QSize sizeHint() const override;
@@ -36,9 +36,10 @@ signals:
     void userSettled();
 
 protected:
-    bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void leaveEvent(QEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
@@ -47,18 +48,23 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
-    /// Centre of the handle for a value, and the value for a place of that centre.
+    friend class AccessibleAdjustSlider;
+
+    /// Where the middle of the handle is for a value, and the value for a place of it.
     qreal placeOf(int value) const;
     int valueAt(qreal place) const;
-    bool isOnHandle(const QPointF &point) const;
+    /// Moves the handle for the user.
+    void moveTo(int value);
+    /// The same for steps, which may be followed by more.
+    void stepTo(int value);
     void settle();
 
     QTimer pause;
     int resetValue = 0;
-    int toldValue = 0;    ///< what the latest userSettled told, or the program showed
-    qreal grabOffset = 0; ///< from the handle's centre to where the mouse took it
+    int toldValue = 0;    ///< what userSettled told last, or the program has shown
+    qreal grabOffset = 0; ///< from the middle of the handle to where the mouse holds it
     bool dragged = false; ///< the mouse has moved the handle since it was pressed
-    bool byUser = false;  ///< valueChanged comes from an input event
+    int wheelAngle = 0;   ///< turned so far towards the next step
 };
 
 } // namespace tristop

@@ -114,6 +114,8 @@ public:
     void updateEngineSettings();
     void updateEffectSettings();
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void connectControls();
     void showMergeSettings();

@@ -22,6 +22,7 @@ class SLBaseWindow : public QWidget {
 public:
     /// Ignores any frame asked for by `flags`: the platform never draws one.
     explicit SLBaseWindow(QWidget *parent = nullptr, Qt::WindowFlags flags = {});
+    ~SLBaseWindow() override;
 
     /// Maximizes the window, or gives it back the size it had.
     void zoom();
@@ -61,6 +62,8 @@ private:
     };
     bool continueDrag(const QPoint &globalPosition);
     void showResizeCursor(Qt::Edges edges);
+    /// The line around the window, which a maximized one does not have.
+    void updateFrame();
 
     std::optional<Drag> drag;
     std::optional<Qt::CursorShape> resizeCursor; ///< laid over the cursors of the window's views

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <QDialog>
+#include <QTimer>
 #include <QUrl>
 
 namespace Ui {
@@ -35,8 +36,10 @@ public:
 private:
     void windowDidLoad();
     void webViewDidFinishLoad();
+    void turnIndicator();
 
     std::unique_ptr<Ui::GuideWindowController> ui;
+    QTimer indicatorTimer;
 };
 
 } // namespace tristop

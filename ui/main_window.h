@@ -58,6 +58,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
@@ -66,8 +67,9 @@ private:
     void makeMenus();
     void localizeMenus();
     void updateMenus();
-    void placeTitle();
-    void showGuideLater();
+    /// Menus beside the buttons, and the title in the middle of the strip as long as they leave it free.
+    void layOutTitlebar();
+    void runGuide();
     void about();
 
     IIEditingViewController *editing = nullptr;
@@ -76,7 +78,7 @@ private:
     QMenuBar *menuBar = nullptr;
     QWidget *place = nullptr;
     QLabel *title = nullptr;
-    bool isGuideWanted = false;
+    bool isGuideDue;
 
     QAction *aboutMeunItem = nullptr;
     QAction *hideMeunItem = nullptr;
@@ -95,6 +97,10 @@ private:
     QAction *faqMeunItem = nullptr;
     QAction *ccsMeunItem = nullptr;
     QAction *showGuideMenuItem = nullptr;
+    QMenu *fileMenu = nullptr;
+    QMenu *viewMenu = nullptr;
+    QMenu *windowMenu = nullptr;
+    QMenu *helpMenu = nullptr;
 };
 
 } // namespace tristop

@@ -20,8 +20,6 @@ public:
     QSize sizeHint() const override { return kSize; }
 
 protected:
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -69,6 +67,7 @@ private:
     void commonInit();
     void placeButtons();
     void setHighlighted(bool highlighted);
+    void zoomWindow();
 
     TitlebarButton *close = nullptr;
     TitlebarButton *minimize = nullptr;
