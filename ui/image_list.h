@@ -14,7 +14,7 @@
 
 namespace tristop {
 
-/// The items of an image list: titles and thumbnails, which are read in the background when first asked for.
+/// The items of an image list: titles and thumbnails, which are read in the background.
 class ImageListModel : public QAbstractListModel {
     Q_OBJECT
 
@@ -29,10 +29,10 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
-    void readThumbnail(const QString &path) const;
+    void keepThumbnail(const QString &uid, const QImage &thumbnail);
 
     std::vector<IIImageItem> imageItems;
-    mutable QHash<QString, QImage> thumbnails; ///< by imageUID; null while being read or unreadable
+    QHash<QString, QImage> thumbnails; ///< by imageUID; null where unreadable
 };
 
 /// Draws an item: its thumbnail in the middle, its title below, and a rounded frame around the selected one.
@@ -44,8 +44,8 @@ public:
 
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /// Where the image of a cell lies.
-    static QRect imageFrame(const QRect &cell);
+    /// Where a thumbnail of the given size lies in a cell.
+    static QRect imageFrame(const QRect &cell, const QSize &thumbnail);
     /// The frame of a selected item: the image's, grown by 4 on every side.
     static QRect selectionFrame(const QRect &imageFrame);
 

@@ -62,12 +62,14 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void reduceInBackground();
     QPointF paintedOrigin() const;
     void placeVisiblePart();
     void drawPicture(QPainter &painter, const QRectF &exposed) const;
 
     QImage picture;
     PictureLevels levels;
+    bool levelsPending = false;
     int rotation = 0;
     double zoomFactor = 1;
     QRectF documentFrame;

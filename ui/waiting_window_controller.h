@@ -44,7 +44,7 @@ public:
     void animate();
     /// Hides the panel and gives the parent window its input back.
     void endAnimation();
-    bool isRunning() const { return !parentWindow.isNull(); }
+    bool isRunning() const { return running; }
     void cancel() override;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -60,7 +60,9 @@ private:
     QString descriptor;
     std::function<void()> cancelAction;
     QPointer<QObject> cancelTarget;
+    bool running = false;
     QPointer<QWidget> parentWindow;
+    QPointer<QWidget> focusBefore;
     QTimer animationTimer;
     QTimer showTimer;
 };
