@@ -20,19 +20,19 @@
         <translation>OK</translation>
     </message>
     <message id="IDS_LOAD_FAILED">
-        <source>A photograph could not be read.</source>
+        <source>The photograph could not be read.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Ein Foto konnte nicht gelesen werden.</translation>
+        <translation>Das Foto konnte nicht gelesen werden.</translation>
     </message>
     <message id="IDS_RESOLUTION_SMALL_ERROR">
-        <source>A photograph is less than 100 pixels wide or high.</source>
+        <source>The photograph is less than 100 pixels wide or high.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Ein Foto ist weniger als 100 Pixel breit oder hoch.</translation>
+        <translation>Das Foto ist weniger als 100 Pixel breit oder hoch.</translation>
     </message>
     <message id="IDS_RESOLUTION_DIFFERENT_ERROR">
-        <source>The photographs differ in size.</source>
+        <source>The photograph is not of the same size as the others.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Die Fotos sind unterschiedlich groß.</translation>
+        <translation>Das Foto ist nicht so groß wie die anderen.</translation>
     </message>
     <message id="IDS_LOADING">
         <source>Processing…</source>
@@ -323,6 +323,241 @@
         <source>Do not show the guide at start.</source>
         <extracomment>tristop --help</extracomment>
         <translation>Die Anleitung beim Start nicht anzeigen.</translation>
+    </message>
+    <message id="IDS_PICTURE">
+        <source>Picture</source>
+        <extracomment>name of the picture view</extracomment>
+        <translation>Bild</translation>
+    </message>
+    <message id="IDS_PICTURE_KEYS">
+        <source>The arrow keys move the picture.</source>
+        <extracomment>description of the picture view for screen readers</extracomment>
+        <translation>Die Pfeiltasten verschieben das Bild.</translation>
+    </message>
+    <message id="IDS_STATUS">
+        <source>Status</source>
+        <extracomment>name of the status line for screen readers</extracomment>
+        <translation>Status</translation>
+    </message>
+    <message id="IDS_FILE_REASON">
+        <source>%1: %2</source>
+        <extracomment>status line; %1 is a file, %2 a sentence</extracomment>
+        <translation>%1: %2</translation>
+    </message>
+    <message id="IDS_NO_MEMORY">
+        <source>There is not enough memory.</source>
+        <extracomment>status line</extracomment>
+        <translation>Der Arbeitsspeicher reicht nicht aus.</translation>
+    </message>
+    <message id="IDS_MERGE_TOO_FAR">
+        <source>The exposures are too far apart to be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>Die Belichtungen liegen zu weit auseinander, um sie zusammenzufügen.</translation>
+    </message>
+    <message id="IDS_MERGE_UNALIGNED">
+        <source>The photographs could not be aligned.</source>
+        <extracomment>status line</extracomment>
+        <translation>Die Fotos konnten nicht aneinander ausgerichtet werden.</translation>
+    </message>
+    <message id="IDS_MERGE_ORDER">
+        <source>The exposures could not be put in order.</source>
+        <extracomment>status line</extracomment>
+        <translation>Die Belichtungen ließen sich nicht ordnen.</translation>
+    </message>
+    <message id="IDS_MERGE_FAILED">
+        <source>The photographs could not be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>Die Fotos konnten nicht zusammengefügt werden.</translation>
+    </message>
+    <message id="IDS_MERGE_FALLBACK">
+        <source>The exposures could not be merged; the picture shows one of them.</source>
+        <extracomment>status line</extracomment>
+        <translation>Die Belichtungen ließen sich nicht zusammenfügen; das Bild zeigt eine von ihnen.</translation>
+    </message>
+    <message id="IDS_MERGE_AGAIN">
+        <source>Merge the photographs again first.</source>
+        <extracomment>status line</extracomment>
+        <translation>Fügen Sie die Fotos zuerst neu zusammen.</translation>
+    </message>
+    <message id="IDS_MERGING">
+        <source>Merging…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Wird zusammengefügt …</translation>
+    </message>
+    <message id="IDS_EMPTY_TITLE">
+        <source>Three photographs, one picture</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Drei Fotos, ein Bild</translation>
+    </message>
+    <message id="IDS_EMPTY_HINT">
+        <source>Drop a dark, a middle and a bright exposure of one scene here</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Ziehen Sie eine dunkle, eine mittlere und eine helle Belichtung eines Motivs hierher</translation>
+    </message>
+    <message id="IDS_OPEN">
+        <source>Open Photographs…</source>
+        <extracomment>button of the window without a picture</extracomment>
+        <translation>Fotos öffnen …</translation>
+    </message>
+    <message id="IDS_NOT_A_PHOTOGRAPH">
+        <source>“%1” is neither a JPEG nor a camera RAW file.</source>
+        <extracomment>%1 is a file</extracomment>
+        <translation>„%1“ ist weder eine JPEG- noch eine RAW-Datei.</translation>
+    </message>
+    <message id="IDS_FILTER_PHOTOGRAPHS">
+        <source>Photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Fotos</translation>
+    </message>
+    <message id="IDS_FILTER_JPEG">
+        <source>JPEG photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>JPEG-Fotos</translation>
+    </message>
+    <message id="IDS_FILTER_RAW">
+        <source>Camera RAW photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>RAW-Fotos</translation>
+    </message>
+    <message id="IDS_ZOOM_OUT">
+        <source>Zoom out</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Verkleinern</translation>
+    </message>
+    <message id="IDS_ZOOM_IN">
+        <source>Zoom in</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Vergrößern</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT">
+        <source>Fit to window</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>An Fenster anpassen</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT_SHORT">
+        <source>Fit</source>
+        <extracomment>zoom segment, face</extracomment>
+        <translation>Anpassen</translation>
+    </message>
+    <message id="IDS_ZOOM_ACTUAL">
+        <source>Actual size</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Originalgröße</translation>
+    </message>
+    <message id="IDS_ZOOM_PERCENT">
+        <source>%1%</source>
+        <extracomment>%1 is a number</extracomment>
+        <translation>%1 %</translation>
+    </message>
+    <message id="IDS_SAVING">
+        <source>Saving…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Wird gespeichert …</translation>
+    </message>
+    <message id="IDS_SAVED_AS">
+        <source>Saved as %1</source>
+        <extracomment>status line; %1 is a file</extracomment>
+        <translation>Gespeichert als %1</translation>
+    </message>
+    <message id="IDS_SAVE_OVER_PHOTOGRAPH">
+        <source>This is one of the three photographs. Choose another name.</source>
+        <extracomment>alert on the save panel</extracomment>
+        <translation>Das ist eines der drei Fotos. Wählen Sie einen anderen Namen.</translation>
+    </message>
+    <message id="IDS_SAVE_TYPE">
+        <source>Type:</source>
+        <extracomment>save options</extracomment>
+        <translation>Format:</translation>
+    </message>
+    <message id="IDS_SAVE_QUALITY">
+        <source>Quality:</source>
+        <extracomment>save options</extracomment>
+        <translation>Qualität:</translation>
+    </message>
+    <message id="IDS_SAVE_COMPRESSION">
+        <source>Compression:</source>
+        <extracomment>save options</extracomment>
+        <translation>Komprimierung:</translation>
+    </message>
+    <message id="IDS_SAVE_UNCOMPRESSED">
+        <source>None</source>
+        <extracomment>save options, compression of a TIFF</extracomment>
+        <translation>Keine</translation>
+    </message>
+    <message id="IDS_SAVE_STANDARD">
+        <source>The standard quality and compression are used.</source>
+        <extracomment>save options</extracomment>
+        <translation>Standardqualität und -komprimierung werden verwendet.</translation>
+    </message>
+    <message id="IDS_DISK_FULL">
+        <source>The disk is full.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Der Datenträger ist voll.</translation>
+    </message>
+    <message id="IDS_DISK_READONLY">
+        <source>The disk can only be read.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Der Datenträger ist schreibgeschützt.</translation>
+    </message>
+    <message id="IDS_NO_PERMISSION">
+        <source>You may not write to this folder.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Sie dürfen nicht in diesen Ordner schreiben.</translation>
+    </message>
+    <message id="IDS_FOLDER_GONE">
+        <source>The folder no longer exists.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Der Ordner existiert nicht mehr.</translation>
+    </message>
+    <message id="IDS_PRINTING">
+        <source>Printing…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Wird gedruckt …</translation>
+    </message>
+    <message id="IDS_PRINT_FAILED">
+        <source>The picture could not be printed.</source>
+        <extracomment>status line</extracomment>
+        <translation>Das Bild konnte nicht gedruckt werden.</translation>
+    </message>
+    <message id="IDS_SHARE">
+        <source>Share</source>
+        <extracomment>button</extracomment>
+        <translation>Teilen</translation>
+    </message>
+    <message id="IDS_SHARE_EMAIL">
+        <source>Send by E-Mail…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Per E-Mail senden …</translation>
+    </message>
+    <message id="IDS_SHARE_OPEN_WITH">
+        <source>Open with Another Program…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Mit anderem Programm öffnen …</translation>
+    </message>
+    <message id="IDS_SHARE_COPY">
+        <source>Copy Picture</source>
+        <extracomment>share menu</extracomment>
+        <translation>Bild kopieren</translation>
+    </message>
+    <message id="IDS_SHARE_SHOW_IN_FOLDER">
+        <source>Show in Folder</source>
+        <extracomment>share menu</extracomment>
+        <translation>Im Ordner anzeigen</translation>
+    </message>
+    <message id="IDS_COPIED">
+        <source>Picture copied</source>
+        <extracomment>status line</extracomment>
+        <translation>Bild kopiert</translation>
+    </message>
+    <message id="IDS_SHARING">
+        <source>Preparing to share…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Wird zum Teilen vorbereitet …</translation>
+    </message>
+    <message id="IDS_SHARE_FAILED">
+        <source>The picture could not be shared.</source>
+        <extracomment>status line</extracomment>
+        <translation>Das Bild konnte nicht geteilt werden.</translation>
     </message>
 </context>
 </TS>

@@ -20,19 +20,19 @@
         <translation>Aceptar</translation>
     </message>
     <message id="IDS_LOAD_FAILED">
-        <source>A photograph could not be read.</source>
+        <source>The photograph could not be read.</source>
         <extracomment>a check failed</extracomment>
-        <translation>No se pudo leer una de las fotografías.</translation>
+        <translation>No se pudo leer la fotografía.</translation>
     </message>
     <message id="IDS_RESOLUTION_SMALL_ERROR">
-        <source>A photograph is less than 100 pixels wide or high.</source>
+        <source>The photograph is less than 100 pixels wide or high.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Una de las fotografías mide menos de 100 píxeles de ancho o de alto.</translation>
+        <translation>La fotografía mide menos de 100 píxeles de ancho o de alto.</translation>
     </message>
     <message id="IDS_RESOLUTION_DIFFERENT_ERROR">
-        <source>The photographs differ in size.</source>
+        <source>The photograph is not of the same size as the others.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Las fotografías no tienen todas el mismo tamaño.</translation>
+        <translation>La fotografía no tiene el mismo tamaño que las demás.</translation>
     </message>
     <message id="IDS_LOADING">
         <source>Processing…</source>
@@ -323,6 +323,241 @@
         <source>Do not show the guide at start.</source>
         <extracomment>tristop --help</extracomment>
         <translation>No mostrar la guía al iniciar.</translation>
+    </message>
+    <message id="IDS_PICTURE">
+        <source>Picture</source>
+        <extracomment>name of the picture view</extracomment>
+        <translation>Imagen</translation>
+    </message>
+    <message id="IDS_PICTURE_KEYS">
+        <source>The arrow keys move the picture.</source>
+        <extracomment>description of the picture view for screen readers</extracomment>
+        <translation>Las teclas de flecha mueven la imagen.</translation>
+    </message>
+    <message id="IDS_STATUS">
+        <source>Status</source>
+        <extracomment>name of the status line for screen readers</extracomment>
+        <translation>Estado</translation>
+    </message>
+    <message id="IDS_FILE_REASON">
+        <source>%1: %2</source>
+        <extracomment>status line; %1 is a file, %2 a sentence</extracomment>
+        <translation>%1: %2</translation>
+    </message>
+    <message id="IDS_NO_MEMORY">
+        <source>There is not enough memory.</source>
+        <extracomment>status line</extracomment>
+        <translation>No hay suficiente memoria.</translation>
+    </message>
+    <message id="IDS_MERGE_TOO_FAR">
+        <source>The exposures are too far apart to be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>Las exposiciones están demasiado alejadas para fusionarlas.</translation>
+    </message>
+    <message id="IDS_MERGE_UNALIGNED">
+        <source>The photographs could not be aligned.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudieron alinear las fotografías.</translation>
+    </message>
+    <message id="IDS_MERGE_ORDER">
+        <source>The exposures could not be put in order.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudieron ordenar las exposiciones.</translation>
+    </message>
+    <message id="IDS_MERGE_FAILED">
+        <source>The photographs could not be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudieron fusionar las fotografías.</translation>
+    </message>
+    <message id="IDS_MERGE_FALLBACK">
+        <source>The exposures could not be merged; the picture shows one of them.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudieron fusionar las exposiciones; la imagen muestra una de ellas.</translation>
+    </message>
+    <message id="IDS_MERGE_AGAIN">
+        <source>Merge the photographs again first.</source>
+        <extracomment>status line</extracomment>
+        <translation>Vuelva a fusionar antes las fotografías.</translation>
+    </message>
+    <message id="IDS_MERGING">
+        <source>Merging…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Fusionando…</translation>
+    </message>
+    <message id="IDS_EMPTY_TITLE">
+        <source>Three photographs, one picture</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Tres fotografías, una imagen</translation>
+    </message>
+    <message id="IDS_EMPTY_HINT">
+        <source>Drop a dark, a middle and a bright exposure of one scene here</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Suelte aquí una exposición oscura, una media y una clara de la misma escena</translation>
+    </message>
+    <message id="IDS_OPEN">
+        <source>Open Photographs…</source>
+        <extracomment>button of the window without a picture</extracomment>
+        <translation>Abrir fotografías…</translation>
+    </message>
+    <message id="IDS_NOT_A_PHOTOGRAPH">
+        <source>“%1” is neither a JPEG nor a camera RAW file.</source>
+        <extracomment>%1 is a file</extracomment>
+        <translation>«%1» no es un archivo JPEG ni RAW.</translation>
+    </message>
+    <message id="IDS_FILTER_PHOTOGRAPHS">
+        <source>Photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Fotografías</translation>
+    </message>
+    <message id="IDS_FILTER_JPEG">
+        <source>JPEG photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Fotografías JPEG</translation>
+    </message>
+    <message id="IDS_FILTER_RAW">
+        <source>Camera RAW photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Fotografías RAW</translation>
+    </message>
+    <message id="IDS_ZOOM_OUT">
+        <source>Zoom out</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Reducir</translation>
+    </message>
+    <message id="IDS_ZOOM_IN">
+        <source>Zoom in</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Ampliar</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT">
+        <source>Fit to window</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Ajustar a la ventana</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT_SHORT">
+        <source>Fit</source>
+        <extracomment>zoom segment, face</extracomment>
+        <translation>Ajustar</translation>
+    </message>
+    <message id="IDS_ZOOM_ACTUAL">
+        <source>Actual size</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Tamaño real</translation>
+    </message>
+    <message id="IDS_ZOOM_PERCENT">
+        <source>%1%</source>
+        <extracomment>%1 is a number</extracomment>
+        <translation>%1 %</translation>
+    </message>
+    <message id="IDS_SAVING">
+        <source>Saving…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Guardando…</translation>
+    </message>
+    <message id="IDS_SAVED_AS">
+        <source>Saved as %1</source>
+        <extracomment>status line; %1 is a file</extracomment>
+        <translation>Guardado como %1</translation>
+    </message>
+    <message id="IDS_SAVE_OVER_PHOTOGRAPH">
+        <source>This is one of the three photographs. Choose another name.</source>
+        <extracomment>alert on the save panel</extracomment>
+        <translation>Es una de las tres fotografías. Elija otro nombre.</translation>
+    </message>
+    <message id="IDS_SAVE_TYPE">
+        <source>Type:</source>
+        <extracomment>save options</extracomment>
+        <translation>Formato:</translation>
+    </message>
+    <message id="IDS_SAVE_QUALITY">
+        <source>Quality:</source>
+        <extracomment>save options</extracomment>
+        <translation>Calidad:</translation>
+    </message>
+    <message id="IDS_SAVE_COMPRESSION">
+        <source>Compression:</source>
+        <extracomment>save options</extracomment>
+        <translation>Compresión:</translation>
+    </message>
+    <message id="IDS_SAVE_UNCOMPRESSED">
+        <source>None</source>
+        <extracomment>save options, compression of a TIFF</extracomment>
+        <translation>Ninguna</translation>
+    </message>
+    <message id="IDS_SAVE_STANDARD">
+        <source>The standard quality and compression are used.</source>
+        <extracomment>save options</extracomment>
+        <translation>Se usan la calidad y la compresión estándar.</translation>
+    </message>
+    <message id="IDS_DISK_FULL">
+        <source>The disk is full.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>El disco está lleno.</translation>
+    </message>
+    <message id="IDS_DISK_READONLY">
+        <source>The disk can only be read.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>El disco es de solo lectura.</translation>
+    </message>
+    <message id="IDS_NO_PERMISSION">
+        <source>You may not write to this folder.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>No tiene permiso para escribir en esta carpeta.</translation>
+    </message>
+    <message id="IDS_FOLDER_GONE">
+        <source>The folder no longer exists.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>La carpeta ya no existe.</translation>
+    </message>
+    <message id="IDS_PRINTING">
+        <source>Printing…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Imprimiendo…</translation>
+    </message>
+    <message id="IDS_PRINT_FAILED">
+        <source>The picture could not be printed.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudo imprimir la imagen.</translation>
+    </message>
+    <message id="IDS_SHARE">
+        <source>Share</source>
+        <extracomment>button</extracomment>
+        <translation>Compartir</translation>
+    </message>
+    <message id="IDS_SHARE_EMAIL">
+        <source>Send by E-Mail…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Enviar por correo…</translation>
+    </message>
+    <message id="IDS_SHARE_OPEN_WITH">
+        <source>Open with Another Program…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Abrir con otro programa…</translation>
+    </message>
+    <message id="IDS_SHARE_COPY">
+        <source>Copy Picture</source>
+        <extracomment>share menu</extracomment>
+        <translation>Copiar imagen</translation>
+    </message>
+    <message id="IDS_SHARE_SHOW_IN_FOLDER">
+        <source>Show in Folder</source>
+        <extracomment>share menu</extracomment>
+        <translation>Mostrar en la carpeta</translation>
+    </message>
+    <message id="IDS_COPIED">
+        <source>Picture copied</source>
+        <extracomment>status line</extracomment>
+        <translation>Imagen copiada</translation>
+    </message>
+    <message id="IDS_SHARING">
+        <source>Preparing to share…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Preparando para compartir…</translation>
+    </message>
+    <message id="IDS_SHARE_FAILED">
+        <source>The picture could not be shared.</source>
+        <extracomment>status line</extracomment>
+        <translation>No se pudo compartir la imagen.</translation>
     </message>
 </context>
 </TS>

@@ -20,19 +20,19 @@
         <translation>OK</translation>
     </message>
     <message id="IDS_LOAD_FAILED">
-        <source>A photograph could not be read.</source>
+        <source>The photograph could not be read.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Une photo n’a pas pu être lue.</translation>
+        <translation>La photo n’a pas pu être lue.</translation>
     </message>
     <message id="IDS_RESOLUTION_SMALL_ERROR">
-        <source>A photograph is less than 100 pixels wide or high.</source>
+        <source>The photograph is less than 100 pixels wide or high.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Une photo mesure moins de 100 pixels en largeur ou en hauteur.</translation>
+        <translation>La photo mesure moins de 100 pixels en largeur ou en hauteur.</translation>
     </message>
     <message id="IDS_RESOLUTION_DIFFERENT_ERROR">
-        <source>The photographs differ in size.</source>
+        <source>The photograph is not of the same size as the others.</source>
         <extracomment>a check failed</extracomment>
-        <translation>Les photos n’ont pas toutes les mêmes dimensions.</translation>
+        <translation>La photo n’a pas les mêmes dimensions que les autres.</translation>
     </message>
     <message id="IDS_LOADING">
         <source>Processing…</source>
@@ -323,6 +323,241 @@
         <source>Do not show the guide at start.</source>
         <extracomment>tristop --help</extracomment>
         <translation>Ne pas afficher le guide au démarrage.</translation>
+    </message>
+    <message id="IDS_PICTURE">
+        <source>Picture</source>
+        <extracomment>name of the picture view</extracomment>
+        <translation>Image</translation>
+    </message>
+    <message id="IDS_PICTURE_KEYS">
+        <source>The arrow keys move the picture.</source>
+        <extracomment>description of the picture view for screen readers</extracomment>
+        <translation>Les touches fléchées déplacent l’image.</translation>
+    </message>
+    <message id="IDS_STATUS">
+        <source>Status</source>
+        <extracomment>name of the status line for screen readers</extracomment>
+        <translation>État</translation>
+    </message>
+    <message id="IDS_FILE_REASON">
+        <source>%1: %2</source>
+        <extracomment>status line; %1 is a file, %2 a sentence</extracomment>
+        <translation>%1 : %2</translation>
+    </message>
+    <message id="IDS_NO_MEMORY">
+        <source>There is not enough memory.</source>
+        <extracomment>status line</extracomment>
+        <translation>La mémoire est insuffisante.</translation>
+    </message>
+    <message id="IDS_MERGE_TOO_FAR">
+        <source>The exposures are too far apart to be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>Les expositions sont trop éloignées pour être fusionnées.</translation>
+    </message>
+    <message id="IDS_MERGE_UNALIGNED">
+        <source>The photographs could not be aligned.</source>
+        <extracomment>status line</extracomment>
+        <translation>Les photos n’ont pas pu être alignées.</translation>
+    </message>
+    <message id="IDS_MERGE_ORDER">
+        <source>The exposures could not be put in order.</source>
+        <extracomment>status line</extracomment>
+        <translation>Les expositions n’ont pas pu être ordonnées.</translation>
+    </message>
+    <message id="IDS_MERGE_FAILED">
+        <source>The photographs could not be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>Les photos n’ont pas pu être fusionnées.</translation>
+    </message>
+    <message id="IDS_MERGE_FALLBACK">
+        <source>The exposures could not be merged; the picture shows one of them.</source>
+        <extracomment>status line</extracomment>
+        <translation>Les expositions n’ont pas pu être fusionnées ; l’image montre l’une d’elles.</translation>
+    </message>
+    <message id="IDS_MERGE_AGAIN">
+        <source>Merge the photographs again first.</source>
+        <extracomment>status line</extracomment>
+        <translation>Refaites d’abord la fusion des photos.</translation>
+    </message>
+    <message id="IDS_MERGING">
+        <source>Merging…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Fusion en cours…</translation>
+    </message>
+    <message id="IDS_EMPTY_TITLE">
+        <source>Three photographs, one picture</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Trois photos, une image</translation>
+    </message>
+    <message id="IDS_EMPTY_HINT">
+        <source>Drop a dark, a middle and a bright exposure of one scene here</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>Déposez ici une exposition sombre, une moyenne et une claire d’une même scène</translation>
+    </message>
+    <message id="IDS_OPEN">
+        <source>Open Photographs…</source>
+        <extracomment>button of the window without a picture</extracomment>
+        <translation>Ouvrir des photos…</translation>
+    </message>
+    <message id="IDS_NOT_A_PHOTOGRAPH">
+        <source>“%1” is neither a JPEG nor a camera RAW file.</source>
+        <extracomment>%1 is a file</extracomment>
+        <translation>« %1 » n’est ni un fichier JPEG ni un fichier RAW.</translation>
+    </message>
+    <message id="IDS_FILTER_PHOTOGRAPHS">
+        <source>Photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Photos</translation>
+    </message>
+    <message id="IDS_FILTER_JPEG">
+        <source>JPEG photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Photos JPEG</translation>
+    </message>
+    <message id="IDS_FILTER_RAW">
+        <source>Camera RAW photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>Photos RAW</translation>
+    </message>
+    <message id="IDS_ZOOM_OUT">
+        <source>Zoom out</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Zoom arrière</translation>
+    </message>
+    <message id="IDS_ZOOM_IN">
+        <source>Zoom in</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Zoom avant</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT">
+        <source>Fit to window</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Ajuster à la fenêtre</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT_SHORT">
+        <source>Fit</source>
+        <extracomment>zoom segment, face</extracomment>
+        <translation>Ajuster</translation>
+    </message>
+    <message id="IDS_ZOOM_ACTUAL">
+        <source>Actual size</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>Taille réelle</translation>
+    </message>
+    <message id="IDS_ZOOM_PERCENT">
+        <source>%1%</source>
+        <extracomment>%1 is a number</extracomment>
+        <translation>%1 %</translation>
+    </message>
+    <message id="IDS_SAVING">
+        <source>Saving…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Enregistrement en cours…</translation>
+    </message>
+    <message id="IDS_SAVED_AS">
+        <source>Saved as %1</source>
+        <extracomment>status line; %1 is a file</extracomment>
+        <translation>Enregistré sous %1</translation>
+    </message>
+    <message id="IDS_SAVE_OVER_PHOTOGRAPH">
+        <source>This is one of the three photographs. Choose another name.</source>
+        <extracomment>alert on the save panel</extracomment>
+        <translation>C’est l’une des trois photos. Choisissez un autre nom.</translation>
+    </message>
+    <message id="IDS_SAVE_TYPE">
+        <source>Type:</source>
+        <extracomment>save options</extracomment>
+        <translation>Format :</translation>
+    </message>
+    <message id="IDS_SAVE_QUALITY">
+        <source>Quality:</source>
+        <extracomment>save options</extracomment>
+        <translation>Qualité :</translation>
+    </message>
+    <message id="IDS_SAVE_COMPRESSION">
+        <source>Compression:</source>
+        <extracomment>save options</extracomment>
+        <translation>Compression :</translation>
+    </message>
+    <message id="IDS_SAVE_UNCOMPRESSED">
+        <source>None</source>
+        <extracomment>save options, compression of a TIFF</extracomment>
+        <translation>Aucune</translation>
+    </message>
+    <message id="IDS_SAVE_STANDARD">
+        <source>The standard quality and compression are used.</source>
+        <extracomment>save options</extracomment>
+        <translation>La qualité et la compression standard sont utilisées.</translation>
+    </message>
+    <message id="IDS_DISK_FULL">
+        <source>The disk is full.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Le disque est plein.</translation>
+    </message>
+    <message id="IDS_DISK_READONLY">
+        <source>The disk can only be read.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Le disque est en lecture seule.</translation>
+    </message>
+    <message id="IDS_NO_PERMISSION">
+        <source>You may not write to this folder.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Vous n’êtes pas autorisé à écrire dans ce dossier.</translation>
+    </message>
+    <message id="IDS_FOLDER_GONE">
+        <source>The folder no longer exists.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>Le dossier n’existe plus.</translation>
+    </message>
+    <message id="IDS_PRINTING">
+        <source>Printing…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Impression en cours…</translation>
+    </message>
+    <message id="IDS_PRINT_FAILED">
+        <source>The picture could not be printed.</source>
+        <extracomment>status line</extracomment>
+        <translation>L’image n’a pas pu être imprimée.</translation>
+    </message>
+    <message id="IDS_SHARE">
+        <source>Share</source>
+        <extracomment>button</extracomment>
+        <translation>Partager</translation>
+    </message>
+    <message id="IDS_SHARE_EMAIL">
+        <source>Send by E-Mail…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Envoyer par e-mail…</translation>
+    </message>
+    <message id="IDS_SHARE_OPEN_WITH">
+        <source>Open with Another Program…</source>
+        <extracomment>share menu</extracomment>
+        <translation>Ouvrir avec un autre programme…</translation>
+    </message>
+    <message id="IDS_SHARE_COPY">
+        <source>Copy Picture</source>
+        <extracomment>share menu</extracomment>
+        <translation>Copier l’image</translation>
+    </message>
+    <message id="IDS_SHARE_SHOW_IN_FOLDER">
+        <source>Show in Folder</source>
+        <extracomment>share menu</extracomment>
+        <translation>Afficher dans le dossier</translation>
+    </message>
+    <message id="IDS_COPIED">
+        <source>Picture copied</source>
+        <extracomment>status line</extracomment>
+        <translation>Image copiée</translation>
+    </message>
+    <message id="IDS_SHARING">
+        <source>Preparing to share…</source>
+        <extracomment>progress window</extracomment>
+        <translation>Préparation du partage…</translation>
+    </message>
+    <message id="IDS_SHARE_FAILED">
+        <source>The picture could not be shared.</source>
+        <extracomment>status line</extracomment>
+        <translation>L’image n’a pas pu être partagée.</translation>
     </message>
 </context>
 </TS>

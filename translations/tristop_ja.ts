@@ -20,19 +20,19 @@
         <translation>OK</translation>
     </message>
     <message id="IDS_LOAD_FAILED">
-        <source>A photograph could not be read.</source>
+        <source>The photograph could not be read.</source>
         <extracomment>a check failed</extracomment>
         <translation>写真を読み込めませんでした。</translation>
     </message>
     <message id="IDS_RESOLUTION_SMALL_ERROR">
-        <source>A photograph is less than 100 pixels wide or high.</source>
+        <source>The photograph is less than 100 pixels wide or high.</source>
         <extracomment>a check failed</extracomment>
-        <translation>幅または高さが100ピクセル未満の写真があります。</translation>
+        <translation>写真の幅または高さが100ピクセル未満です。</translation>
     </message>
     <message id="IDS_RESOLUTION_DIFFERENT_ERROR">
-        <source>The photographs differ in size.</source>
+        <source>The photograph is not of the same size as the others.</source>
         <extracomment>a check failed</extracomment>
-        <translation>写真のサイズが一致していません。</translation>
+        <translation>写真のサイズがほかの写真と一致していません。</translation>
     </message>
     <message id="IDS_LOADING">
         <source>Processing…</source>
@@ -323,6 +323,241 @@
         <source>Do not show the guide at start.</source>
         <extracomment>tristop --help</extracomment>
         <translation>起動時にガイドを表示しません。</translation>
+    </message>
+    <message id="IDS_PICTURE">
+        <source>Picture</source>
+        <extracomment>name of the picture view</extracomment>
+        <translation>画像</translation>
+    </message>
+    <message id="IDS_PICTURE_KEYS">
+        <source>The arrow keys move the picture.</source>
+        <extracomment>description of the picture view for screen readers</extracomment>
+        <translation>矢印キーで画像を移動します。</translation>
+    </message>
+    <message id="IDS_STATUS">
+        <source>Status</source>
+        <extracomment>name of the status line for screen readers</extracomment>
+        <translation>状態</translation>
+    </message>
+    <message id="IDS_FILE_REASON">
+        <source>%1: %2</source>
+        <extracomment>status line; %1 is a file, %2 a sentence</extracomment>
+        <translation>%1：%2</translation>
+    </message>
+    <message id="IDS_NO_MEMORY">
+        <source>There is not enough memory.</source>
+        <extracomment>status line</extracomment>
+        <translation>メモリが不足しています。</translation>
+    </message>
+    <message id="IDS_MERGE_TOO_FAR">
+        <source>The exposures are too far apart to be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>露出の差が大きすぎて合成できません。</translation>
+    </message>
+    <message id="IDS_MERGE_UNALIGNED">
+        <source>The photographs could not be aligned.</source>
+        <extracomment>status line</extracomment>
+        <translation>写真の位置を合わせられませんでした。</translation>
+    </message>
+    <message id="IDS_MERGE_ORDER">
+        <source>The exposures could not be put in order.</source>
+        <extracomment>status line</extracomment>
+        <translation>露出の順番を判別できませんでした。</translation>
+    </message>
+    <message id="IDS_MERGE_FAILED">
+        <source>The photographs could not be merged.</source>
+        <extracomment>status line</extracomment>
+        <translation>写真を合成できませんでした。</translation>
+    </message>
+    <message id="IDS_MERGE_FALLBACK">
+        <source>The exposures could not be merged; the picture shows one of them.</source>
+        <extracomment>status line</extracomment>
+        <translation>露出を合成できなかったため、そのうちの1枚を表示しています。</translation>
+    </message>
+    <message id="IDS_MERGE_AGAIN">
+        <source>Merge the photographs again first.</source>
+        <extracomment>status line</extracomment>
+        <translation>先に写真を合成し直してください。</translation>
+    </message>
+    <message id="IDS_MERGING">
+        <source>Merging…</source>
+        <extracomment>progress window</extracomment>
+        <translation>合成中…</translation>
+    </message>
+    <message id="IDS_EMPTY_TITLE">
+        <source>Three photographs, one picture</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>3枚の写真から1枚の画像へ</translation>
+    </message>
+    <message id="IDS_EMPTY_HINT">
+        <source>Drop a dark, a middle and a bright exposure of one scene here</source>
+        <extracomment>window without a picture</extracomment>
+        <translation>同じ場面を暗く、中間に、明るく撮影した3枚をここにドロップ</translation>
+    </message>
+    <message id="IDS_OPEN">
+        <source>Open Photographs…</source>
+        <extracomment>button of the window without a picture</extracomment>
+        <translation>写真を開く…</translation>
+    </message>
+    <message id="IDS_NOT_A_PHOTOGRAPH">
+        <source>“%1” is neither a JPEG nor a camera RAW file.</source>
+        <extracomment>%1 is a file</extracomment>
+        <translation>「%1」はJPEGでもRAWでもありません。</translation>
+    </message>
+    <message id="IDS_FILTER_PHOTOGRAPHS">
+        <source>Photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>写真</translation>
+    </message>
+    <message id="IDS_FILTER_JPEG">
+        <source>JPEG photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>JPEG写真</translation>
+    </message>
+    <message id="IDS_FILTER_RAW">
+        <source>Camera RAW photographs</source>
+        <extracomment>type in the open panel</extracomment>
+        <translation>RAW写真</translation>
+    </message>
+    <message id="IDS_ZOOM_OUT">
+        <source>Zoom out</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>縮小</translation>
+    </message>
+    <message id="IDS_ZOOM_IN">
+        <source>Zoom in</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>拡大</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT">
+        <source>Fit to window</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>ウィンドウに合わせる</translation>
+    </message>
+    <message id="IDS_ZOOM_FIT_SHORT">
+        <source>Fit</source>
+        <extracomment>zoom segment, face</extracomment>
+        <translation>全体</translation>
+    </message>
+    <message id="IDS_ZOOM_ACTUAL">
+        <source>Actual size</source>
+        <extracomment>zoom segment, name and tooltip</extracomment>
+        <translation>実際のサイズ</translation>
+    </message>
+    <message id="IDS_ZOOM_PERCENT">
+        <source>%1%</source>
+        <extracomment>%1 is a number</extracomment>
+        <translation>%1%</translation>
+    </message>
+    <message id="IDS_SAVING">
+        <source>Saving…</source>
+        <extracomment>progress window</extracomment>
+        <translation>保存中…</translation>
+    </message>
+    <message id="IDS_SAVED_AS">
+        <source>Saved as %1</source>
+        <extracomment>status line; %1 is a file</extracomment>
+        <translation>%1として保存しました</translation>
+    </message>
+    <message id="IDS_SAVE_OVER_PHOTOGRAPH">
+        <source>This is one of the three photographs. Choose another name.</source>
+        <extracomment>alert on the save panel</extracomment>
+        <translation>これは元の3枚の写真の1つです。別の名前を選択してください。</translation>
+    </message>
+    <message id="IDS_SAVE_TYPE">
+        <source>Type:</source>
+        <extracomment>save options</extracomment>
+        <translation>形式：</translation>
+    </message>
+    <message id="IDS_SAVE_QUALITY">
+        <source>Quality:</source>
+        <extracomment>save options</extracomment>
+        <translation>画質：</translation>
+    </message>
+    <message id="IDS_SAVE_COMPRESSION">
+        <source>Compression:</source>
+        <extracomment>save options</extracomment>
+        <translation>圧縮：</translation>
+    </message>
+    <message id="IDS_SAVE_UNCOMPRESSED">
+        <source>None</source>
+        <extracomment>save options, compression of a TIFF</extracomment>
+        <translation>なし</translation>
+    </message>
+    <message id="IDS_SAVE_STANDARD">
+        <source>The standard quality and compression are used.</source>
+        <extracomment>save options</extracomment>
+        <translation>標準の画質と圧縮が使われます。</translation>
+    </message>
+    <message id="IDS_DISK_FULL">
+        <source>The disk is full.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>ディスクの空き容量がありません。</translation>
+    </message>
+    <message id="IDS_DISK_READONLY">
+        <source>The disk can only be read.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>ディスクは読み取り専用です。</translation>
+    </message>
+    <message id="IDS_NO_PERMISSION">
+        <source>You may not write to this folder.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>このフォルダーに書き込む権限がありません。</translation>
+    </message>
+    <message id="IDS_FOLDER_GONE">
+        <source>The folder no longer exists.</source>
+        <extracomment>after the name of a file</extracomment>
+        <translation>フォルダーが見つかりません。</translation>
+    </message>
+    <message id="IDS_PRINTING">
+        <source>Printing…</source>
+        <extracomment>progress window</extracomment>
+        <translation>印刷中…</translation>
+    </message>
+    <message id="IDS_PRINT_FAILED">
+        <source>The picture could not be printed.</source>
+        <extracomment>status line</extracomment>
+        <translation>画像を印刷できませんでした。</translation>
+    </message>
+    <message id="IDS_SHARE">
+        <source>Share</source>
+        <extracomment>button</extracomment>
+        <translation>共有</translation>
+    </message>
+    <message id="IDS_SHARE_EMAIL">
+        <source>Send by E-Mail…</source>
+        <extracomment>share menu</extracomment>
+        <translation>メールで送信…</translation>
+    </message>
+    <message id="IDS_SHARE_OPEN_WITH">
+        <source>Open with Another Program…</source>
+        <extracomment>share menu</extracomment>
+        <translation>別のプログラムで開く…</translation>
+    </message>
+    <message id="IDS_SHARE_COPY">
+        <source>Copy Picture</source>
+        <extracomment>share menu</extracomment>
+        <translation>画像をコピー</translation>
+    </message>
+    <message id="IDS_SHARE_SHOW_IN_FOLDER">
+        <source>Show in Folder</source>
+        <extracomment>share menu</extracomment>
+        <translation>フォルダーに表示</translation>
+    </message>
+    <message id="IDS_COPIED">
+        <source>Picture copied</source>
+        <extracomment>status line</extracomment>
+        <translation>画像をコピーしました</translation>
+    </message>
+    <message id="IDS_SHARING">
+        <source>Preparing to share…</source>
+        <extracomment>progress window</extracomment>
+        <translation>共有の準備中…</translation>
+    </message>
+    <message id="IDS_SHARE_FAILED">
+        <source>The picture could not be shared.</source>
+        <extracomment>status line</extracomment>
+        <translation>画像を共有できませんでした。</translation>
     </message>
 </context>
 </TS>
