@@ -8,6 +8,15 @@
 
 namespace tristop {
 
+void Document::photographsRead(const std::vector<std::string> &paths) {
+    photographs.insert(photographs.begin(), paths.begin(), paths.end());
+    readLast = paths.size();
+}
+
+void Document::forgetFormerPhotographs() {
+    photographs.resize(readLast);
+}
+
 void Document::pictureShown() {
     hasImage = true;
     isDirty = true;

@@ -8,8 +8,8 @@ namespace tristop {
 
 /// The factors that zooming in and out stops at. 1 is one pixel of the picture to one of the screen's logical
 /// size.
-constexpr std::array kZoomSteps = {0.03, 0.05, 0.07, 0.1, 0.15, 0.2,  0.3,  0.5,  0.7, 1.0,
-                                   1.5,  2.0,  3.0,  5.0, 7.0,  10.0, 20.0, 30.0, 50.0};
+inline constexpr std::array kZoomSteps = {0.03, 0.05, 0.07, 0.1, 0.15, 0.2,  0.3,  0.5,  0.7, 1.0,
+                                          1.5,  2.0,  3.0,  5.0, 7.0,  10.0, 20.0, 30.0, 50.0};
 
 enum class ZoomMode : int64_t { Fit = 0, Actual = 1, Free = 2 };
 

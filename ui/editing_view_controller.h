@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 
 #include <QImage>
 #include <QList>
@@ -15,8 +16,8 @@
 
 #include "app/background_worker.h"
 #include "app/document.h"
+#include "app/file_error.h"
 #include "app/hdr_engine_bridge.h"
-#include "app/histogram_data.h"
 #include "app/picture_encoding.h"
 #include "app/zoom.h"
 #include "ui/adjust_view_controller.h"
@@ -61,7 +62,7 @@ public:
     double zoomFactor() const { return zoomState.factor; }
     IIAdjustViewController *adjustViewController() const { return adjust; }
     /// The progress window of the run underway, or null.
-    MMWaitingWindowController *waitingWindowController() const { return waiting; }
+    MMWaitingWindowController *waitingWindowController() const;
     /// The print settings chosen in the page set-up; null before.
     const std::shared_ptr<QPrinter> &imagePrintInfo() const { return printInfo; }
     void setImagePrintInfo(std::shared_ptr<QPrinter> settings) { printInfo = std::move(settings); }
@@ -71,7 +72,7 @@ public:
     std::optional<bool> isDirty() const { return document.isDirty; }
     IISaveViewController *saveViewController() const { return saveOptionsView; }
     /// The sheet that is shown, or null.
-    IIWarningMessageController *warningMessageController() const { return warning; }
+    IIWarningMessageController *warningMessageController() const;
     CBHDROpenController *openController() const { return opener.get(); }
     /// The place of the side panel.
     QWidget *adjustView() const;
@@ -117,9 +118,9 @@ public:
     void save(const SaveCompletion &completion);
     /// The Save command.
     void saveAs();
-    /// Writes a picture; see tristop::save of app/picture_saving.h.
+    /// Writes a picture as tristop::save of app/picture_saving.h does; `reason` gets what went wrong.
     static bool save(const QImage &picture, const QImage &original, const QString &url, const QString &type,
-                     const EncodingOptions &options);
+                     const EncodingOptions &options, FileError *reason = nullptr);
     static bool saveTIFF(const QImage &picture, const QImage &original, const QString &url,
                          const EncodingOptions &options);
     /// A flattened copy; null without a picture.
@@ -165,31 +166,84 @@ signals:
 
 protected:
     void changeEvent(QEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Rendering;
-    struct MergeRequest {
+    struct MergeSettings {
         int64_t toneLength, brightness, toneSaturation;
         int32_t ghostLevel;
     };
-    struct EffectRequest {
+    struct EffectSettings {
         int64_t contrast, saturation, style;
     };
-    class RunControl;
+    /// What ended a run early, to be told on the status line.
+    using Failure = std::optional<HdrError>;
+    /// Work for the background thread; may throw std::bad_alloc.
+    using Task = std::function<Failure()>;
+    using TaskEnd = std::function<void(const Failure &failure)>;
+
+    // One piece of background work at a time, behind its progress window.
+    void startRun(const QString &description, Task task, TaskEnd didEnd = {});
+    void endRun(uint64_t run, const Failure &failure, const TaskEnd &didEnd);
+    void startNextRun();
+    template <typename Action>
+    void post(Action action);
+
+    void placeViews();
+    void showTexts();
+    void updateControls();
+    void tell(const QString &text);
+    void tell(const HdrError &error);
+
+    void runOpenPanel();
+    void startMerge(const MergeSettings &settings);
+    void startEffect(const EffectSettings &settings);
+    Failure readAndMerge(IHDREngineController &bridge, const QStringList &paths, int thumbnailSide);
+    Failure merge(IHDREngineController &bridge, const MergeSettings &settings);
+    Failure renderEffect(IHDREngineController &bridge, const EffectSettings &settings);
+    void showThumbnails(const QList<QImage> &thumbnails, const QStringList &paths);
+    void showRendering(const Rendering &rendering);
+
+    /// Writes the picture to the file chosen in the panel. False, and nothing is told, when it gives none.
+    bool write(QFileDialog *panel, std::function<void(const QString &path)> written,
+               std::function<void()> failed = {});
+    IIWarningMessageController *makeWarning();
+    void beginWarning(std::function<void(int returnCode)> didEnd);
+    void answerTermination(bool quit);
+    std::shared_ptr<QPrinter> printSettings();
+    Sharing *sharingServices();
+    void withSharedFile(const std::function<void(const QString &path)> &use);
 
     std::unique_ptr<Ui::IIEditingViewController> ui;
     Document document;
     ZoomState zoomState;
-    std::optional<uint64_t> running;
     IIAdjustViewController *adjust = nullptr;
     IIImageView *picture = nullptr;
     QPointer<MMWaitingWindowController> waiting;
     std::shared_ptr<QPrinter> printInfo;
     IISaveViewController *saveOptionsView = nullptr;
     QPointer<IIWarningMessageController> warning;
+    QPointer<QFileDialog> savePanel;
     std::unique_ptr<CBHDROpenController> opener;
     std::shared_ptr<IHDREngineController> engine;
+    Sharing *sharing = nullptr;
+
+    /// Dropped photographs that wait for the unsaved-changes sheet; without any, the open panel follows it.
+    std::optional<QList<QUrl>> offeredURLs;
+    bool terminationPending = false;
+    /// The engine's inputs were replaced and no picture of them has been shown yet.
+    bool isNewDocument = false;
+
+    uint64_t lastRun = 0;
+    std::optional<uint64_t> running;
+    // What was asked for during a run, the latest of each kind.
+    std::optional<MergeSettings> nextMerge;
+    std::optional<EffectSettings> nextEffect;
+    std::deque<std::function<void()>> nextRuns;
+
+    std::shared_ptr<std::atomic<bool>> cancelled = std::make_shared<std::atomic<bool>>(false);
+    /// Goes first: it waits for the task underway.
+    std::unique_ptr<BackgroundWorker> worker;
 };
 
 } // namespace tristop

@@ -6,10 +6,11 @@
 #include <QString>
 
 class QPainter;
+class QPrinter;
 
 namespace tristop {
 
-/// A picture on a page, drawn in points from the page's top left margin. Holds no widget, so that a page can
+/// A picture on a page, drawn in points from the page's top left margin. It is no widget, so that a page can
 /// be drawn on any thread.
 class IIPrintView {
 public:
@@ -26,5 +27,11 @@ private:
     QRectF viewFrame;
     QImage picture;
 };
+
+/// Gives a printer equal margins on opposite sides, as narrow as it can print on both.
+void setEqualMargins(QPrinter &printer);
+
+/// Prints a picture on one page with the printer's settings. False when the printer does not take it.
+bool printPicture(QPrinter &printer, const QImage &picture);
 
 } // namespace tristop

@@ -5,7 +5,9 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <QString>
+#include <QStringList>
+
+class QDBusMessage;
 
 namespace tristop {
 
@@ -22,8 +24,8 @@ public:
 
     static constexpr int kTimeoutMilliseconds = 5000;
 
+    /// With the session's bus and real commands.
     explicit Sharing(QObject *parent = nullptr);
-    /// With a bus, a launcher and a time of one's own.
     Sharing(const QDBusConnection &bus, Launcher launcher, int timeoutMilliseconds,
             QObject *parent = nullptr);
 
@@ -39,9 +41,8 @@ signals:
     void failed();
 
 private:
-    struct Request;
-    void send(const QDBusMessage &message, const QString &program, const QStringList &arguments);
-    void launch(const QString &program, const QStringList &arguments);
+    /// Calls a service, and launches the command instead when that fails.
+    void call(const QDBusMessage &message, const QString &program, const QStringList &arguments);
 
     QDBusConnection bus;
     Launcher launcher;

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Pictures of the application as images of the platform, and back.
+#pragma once
+
+#include <optional>
+
+#include <QImage>
+
+#include "app/pixels.h"
+
+namespace tristop {
+
+/// The picture with four bytes a pixel, as views draw it fastest; null when there is not enough memory.
+QImage platformImage(const RgbImage &picture);
+
+/// A copy of the picture; null without pixels.
+QImage platformImage(const BgrxImage &picture);
+
+/// A copy of the image without its alpha; none for a null image or when there is not enough memory.
+std::optional<RgbImage> rgbImage(const QImage &image);
+
+} // namespace tristop
