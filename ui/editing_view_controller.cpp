@@ -420,6 +420,9 @@ void IIEditingViewController::engineSettingsChanged(int64_t toneLength, int64_t 
 }
 
 void IIEditingViewController::startMerge(const MergeSettings &settings) {
+    qCDebug(lcTristop) << "merging with tone length" << settings.toneLength << "brightness"
+                       << settings.brightness << "tone saturation" << settings.toneSaturation << "ghost level"
+                       << settings.ghostLevel;
     startRun(localizedText("IDS_LOADING"),
              [this, bridge = engineController(), settings] { return merge(*bridge, settings); });
 }
@@ -454,6 +457,8 @@ void IIEditingViewController::effectSettingsChanged(int64_t contrast, int64_t sa
 }
 
 void IIEditingViewController::startEffect(const EffectSettings &settings) {
+    qCDebug(lcTristop) << "effect with contrast" << settings.contrast << "saturation" << settings.saturation
+                       << "style" << settings.style;
     startRun(localizedText("IDS_LOADING"),
              [this, bridge = engineController(), settings] { return renderEffect(*bridge, settings); });
 }
@@ -501,6 +506,7 @@ void IIEditingViewController::showRendering(const Rendering &rendering) {
         adjust->updateDefaultEffectsUI();
     }
     updateControls();
+    qCDebug(lcTristop) << "picture of" << image.width() << "x" << image.height() << "shown";
 }
 
 // Zoom.
@@ -554,6 +560,7 @@ void IIEditingViewController::updateZoom() {
     if (zoomState.mode != ZoomMode::Free)
         ui->imageClip->centerImage();
     ui->zoomField->setText(localizedText("IDS_ZOOM_PERCENT").arg(std::lround(zoomState.factor * 100)));
+    qCDebug(lcTristop) << "zoom mode" << zoomMode() << "factor" << zoomState.factor;
 }
 
 void IIEditingViewController::imageClipDoubleClick(IIImageClip *) {

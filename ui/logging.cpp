@@ -3,6 +3,7 @@
 
 namespace tristop {
 
-Q_LOGGING_CATEGORY(lcTristop, "tristop")
+// Steps that only matter for a closer look are told when the rules ask for them.
+Q_LOGGING_CATEGORY(lcTristop, "tristop", QtInfoMsg)
 
 } // namespace tristop

@@ -11,6 +11,7 @@
 #include "ui/app_delegate.h"
 #include "ui/editing_view_controller.h"
 #include "ui/localized_text.h"
+#include "ui/logging.h"
 #include "ui/main_window.h"
 #include "ui/theme.h"
 
@@ -76,6 +77,10 @@ int main(int argc, char **argv) {
     tristop::loadTranslations(application);
     tristop::applyTheme(application);
     const CommandLine commandLine(application);
+    QObject::connect(&application, &QApplication::focusChanged, [](QWidget *, QWidget *widget) {
+        if (widget)
+            qCDebug(tristop::lcTristop).noquote() << "focus on" << widget->objectName();
+    });
 
     tristop::IIMainWindow window(commandLine.isGuideWanted());
     tristop::IIAppDelegate delegate;
