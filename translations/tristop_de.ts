@@ -437,7 +437,7 @@
     <message id="IDS_ZOOM_FIT_SHORT">
         <source>Fit</source>
         <extracomment>zoom segment, face</extracomment>
-        <translation>Anpassen</translation>
+        <translation>Ganz</translation>
     </message>
     <message id="IDS_ZOOM_ACTUAL">
         <source>Actual size</source>

@@ -437,7 +437,7 @@
     <message id="IDS_ZOOM_FIT_SHORT">
         <source>Fit</source>
         <extracomment>zoom segment, face</extracomment>
-        <translation>Ajuster</translation>
+        <translation>Tout</translation>
     </message>
     <message id="IDS_ZOOM_ACTUAL">
         <source>Actual size</source>
