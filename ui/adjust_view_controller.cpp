@@ -72,6 +72,11 @@ IIAdjustViewController::IIAdjustViewController(std::shared_ptr<IHDREngineControl
     ui->scrollArea->viewport()->setAutoFillBackground(false);
     ui->contents->setAutoFillBackground(false);
     setSecondary(*ui->sizeField);
+    QPalette well = ui->histogramView->palette();
+    well.setColor(QPalette::Window, theme::kField);
+    ui->histogramView->setPalette(well);
+    ui->histogramView->setBackgroundRole(QPalette::Window);
+    ui->histogramView->setAutoFillBackground(true);
     ui->effectPopButn->setFocusPolicy(Qt::StrongFocus);
     ui->effectPopButn->installEventFilter(this);
     initViewController();

@@ -51,7 +51,9 @@ QUrl GuideWindowController::page() {
 
 void GuideWindowController::windowDidLoad() {
     QPalette colors = palette();
-    colors.setColor(QPalette::Window, QColor::fromRgbF(0.2F, 0.2F, 0.2F));
+    const QColor background = QColor::fromRgbF(0.2F, 0.2F, 0.2F);
+    colors.setColor(QPalette::Window, background);
+    colors.setColor(QPalette::Base, background);
     setPalette(colors);
 
     ui->showGuideButn->setText(localizedText("IDS_AC_DONTSHOWAGAIN"));

@@ -50,7 +50,8 @@ QMenu::item { padding: 5px 32px 5px 24px; }
 QMenu::item:selected { background: %selection%; color: white; }
 QMenu::item:disabled { color: %disabledText%; background: transparent; }
 QMenu::separator { height: 1px; background: %outline%; margin: 4px 0; }
-QMenu::indicator { width: 12px; height: 12px; margin-left: 6px; }
+QMenu::indicator { width: 14px; height: 14px; margin-left: 5px; }
+QMenu::indicator:checked { image: url(:/theme/check.svg); }
 QToolTip { background: %control%; color: %text%; border: 1px solid %outline%; padding: 3px 5px; }
 
 QPushButton { background: %control%; border: 1px solid %outline%; border-radius: 5px; padding: 5px 14px;
@@ -62,6 +63,14 @@ QPushButton:default:hover { background: %selectionHover%; }
 QPushButton:disabled { background: %panel%; color: %disabledText%; border-color: %line%; }
 QPushButton:focus { border: 2px solid %accent%; padding: 4px 13px; }
 QPushButton:default:focus { border-color: white; }
+
+QCheckBox { spacing: 8px; }
+QCheckBox::indicator { width: 14px; height: 14px; background: %control%; border: 1px solid %mark%;
+    border-radius: 3px; }
+QCheckBox::indicator:hover { background: %controlHover%; }
+QCheckBox::indicator:checked { background: %selection%; border-color: %accent%; image: url(:/theme/check.svg); }
+QCheckBox::indicator:focus { border: 2px solid %accent%; width: 12px; height: 12px; }
+QCheckBox::indicator:disabled { background: %panel%; border-color: %outline%; }
 
 QComboBox { background: %control%; border: 1px solid %outline%; border-radius: 5px; padding: 4px 8px; }
 QComboBox:hover { background: %controlHover%; }
@@ -79,7 +88,6 @@ QLineEdit, QAbstractSpinBox { background: %field%; border: 1px solid %outline%; 
 QLineEdit:focus, QAbstractSpinBox:focus { border: 1px solid %accent%; }
 QComboBox QLineEdit { border: none; padding: 0; background: transparent; }
 
-QTextBrowser { background: %field%; border: 1px solid %outline%; }
 QHeaderView::section { background: %panel%; color: %secondaryText%; border: none;
     border-right: 1px solid %outline%; padding: 4px 8px; }
 QToolButton { background: transparent; border: 1px solid transparent; border-radius: 4px; padding: 3px; }
@@ -112,7 +120,7 @@ QString styleSheet() {
           Name{"field", kField}, Name{"track", kTrack}, Name{"line", kLine}, Name{"outline", kOutline},
           Name{"text", kText}, Name{"secondaryText", kSecondaryText}, Name{"disabledText", kDisabledText},
           Name{"accent", kAccent}, Name{"selection", kSelection}, Name{"selectionHover", kSelectionHover},
-          Name{"disc", kDisc}})
+          Name{"disc", kDisc}, Name{"mark", kDisabledText}})
         sheet.replace('%' + QLatin1String(name) + '%', color.name());
     return sheet;
 }
