@@ -12,6 +12,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -32,6 +33,7 @@ namespace {
 constexpr std::chrono::milliseconds kGuideDelay{500};
 constexpr QSize kSmallestSize{960, 640};
 constexpr QSize kFirstSize{1280, 800};
+constexpr double kShareOfScreen = 0.95;
 
 QString applicationName() {
     return QGuiApplication::applicationDisplayName();
@@ -48,7 +50,7 @@ bool holdsFiles(const QMimeData *data) {
 IIMainWindow::IIMainWindow(bool guide) : isGuideDue(guide) {
     setWindowIcon(applicationIcon());
     setMinimumSize(kSmallestSize);
-    resize(kFirstSize);
+    resize(kFirstSize.boundedTo(screen()->availableSize() * kShareOfScreen).expandedTo(kSmallestSize));
     setAcceptDrops(true);
 
     titlebar = new SLWindowTitlebar(this);
