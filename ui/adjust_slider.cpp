@@ -212,11 +212,11 @@ void AdjustSlider::paintEvent(QPaintEvent * /*event*/) {
         painter.drawRoundedRect(QRectF(left, middle - kTrackThickness / 2, right - left, kTrackThickness),
                                 kTrackThickness / 2, kTrackThickness / 2);
     };
+    const qreal left = kEnd - kTrackThickness / 2;
+    bar(left, width() - left, isEnabled() ? theme::kTrack : theme::kControl);
     // What is set is told from zero, which may lie in the middle.
-    const qreal origin = placeOf(std::clamp(0, minimum(), maximum()));
+    const qreal origin = minimum() < 0 ? placeOf(std::min(0, maximum())) : left;
     const qreal handle = placeOf(value());
-    bar(kEnd - kTrackThickness / 2, width() - kEnd + kTrackThickness / 2,
-        isEnabled() ? theme::kTrack : theme::kControl);
     if (isEnabled())
         bar(std::min(origin, handle), std::max(origin, handle), theme::kAccent);
 
