@@ -111,6 +111,7 @@ IIEditingViewController::IIEditingViewController(QWidget *parent)
     placeViews();
     showTexts();
     updateControls();
+    ui->openButn->setFocus();
 }
 
 IIEditingViewController::~IIEditingViewController() {
@@ -151,6 +152,11 @@ void IIEditingViewController::placeViews() {
     connect(ui->openButn, &QPushButton::clicked, this, [this] { openTile(); });
     connect(ui->saveButn, &QPushButton::clicked, this, [this] { saveAs(); });
     connect(ui->shareButn, &QPushButton::clicked, this, [this] { shareAction(); });
+    ui->zoomSegments->setStyleSheet(
+        QStringLiteral("QToolButton { background: %1; }"
+                       "QToolButton:hover { background: %2; }"
+                       "QToolButton:disabled { background: %3; }")
+            .arg(theme::kControl.name(), theme::kControlHover.name(), theme::kPanel.name()));
     int segment = 0;
     for (QToolButton *button :
          {ui->zoomOutSegment, ui->zoomInSegment, ui->zoomFitSegment, ui->zoomActualSegment}) {
@@ -181,8 +187,10 @@ void IIEditingViewController::showTexts() {
 
 void IIEditingViewController::updateControls() {
     const bool shown = hasImage();
-    ui->emptyState->setVisible(!shown);
     ui->imageClip->setFocusPolicy(shown ? Qt::StrongFocus : Qt::NoFocus);
+    if (shown && ui->openButn->hasFocus())
+        ui->imageClip->setFocus();
+    ui->emptyState->setVisible(!shown);
     ui->saveButn->setVisible(shown);
     ui->shareButn->setVisible(shown);
     ui->zoomSegments->setEnabled(shown);

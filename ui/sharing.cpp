@@ -32,9 +32,31 @@ QDBusUnixFileDescriptor openForReading(const QString &path) {
     return descriptor;
 }
 
-QDBusMessage portalCall(const char *interface, const char *method) {
-    return QDBusMessage::createMethodCall(kPortalService, kPortalPath, interface, method);
-}
+/// The object by which a portal tells how a request has ended.
+class PortalRequest : public QObject {
+    Q_OBJECT
+
+public:
+    enum Response : uint { Done = 0, CancelledByUser = 1, Failed = 2 };
+
+    PortalRequest(QDBusConnection bus, const QString &token, QObject *parent) : QObject(parent) {
+        QString sender = bus.baseService().mid(1);
+        sender.replace('.', '_');
+        bus.connect({}, QString(kPortalPath) + "/request/" + sender + '/' + token,
+                    "org.freedesktop.portal.Request", "Response", this,
+                    SLOT(portalResponse(uint, QVariantMap)));
+    }
+
+signals:
+    void failed();
+
+private slots:
+    void portalResponse(uint response, const QVariantMap &) {
+        if (response == Failed)
+            emit failed();
+        deleteLater();
+    }
+};
 
 } // namespace
 
@@ -52,17 +74,16 @@ Sharing::Sharing(const QDBusConnection &bus, Launcher launcher, int timeoutMilli
 }
 
 void Sharing::sendByEmail(const QString &path) {
-    QDBusMessage message = portalCall("org.freedesktop.portal.Email", "ComposeEmail");
-    message << QString() // no parent window: portals know those of one platform only
-            << QVariantMap{{"subject", QFileInfo(path).fileName()},
-                           {"attachment_fds", QVariant::fromValue(FileDescriptors{openForReading(path)})}};
-    call(message, "xdg-email", {"--subject", QFileInfo(path).fileName(), "--attach", path});
+    const QString name = QFileInfo(path).fileName();
+    callPortal(
+        "org.freedesktop.portal.Email", "ComposeEmail", {},
+        {{"subject", name}, {"attachment_fds", QVariant::fromValue(FileDescriptors{openForReading(path)})}},
+        {"xdg-email", {"--subject", name, "--attach", path}});
 }
 
 void Sharing::openWithProgram(const QString &path) {
-    QDBusMessage message = portalCall("org.freedesktop.portal.OpenURI", "OpenFile");
-    message << QString() << QVariant::fromValue(openForReading(path)) << QVariantMap{{"ask", true}};
-    call(message, "xdg-open", {path});
+    callPortal("org.freedesktop.portal.OpenURI", "OpenFile", {QVariant::fromValue(openForReading(path))},
+               {{"ask", true}}, {"xdg-open", {path}});
 }
 
 void Sharing::showInFolder(const QString &path) {
@@ -70,22 +91,39 @@ void Sharing::showInFolder(const QString &path) {
         QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
                                        "org.freedesktop.FileManager1", "ShowItems");
     message << QStringList{QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)} << QString();
-    call(message, "xdg-open", {QFileInfo(path).absolutePath()});
+    call(message, {"xdg-open", {QFileInfo(path).absolutePath()}});
 }
 
-void Sharing::call(const QDBusMessage &message, const QString &program, const QStringList &arguments) {
+void Sharing::callPortal(const char *interface, const char *method, const QVariantList &arguments,
+                         QVariantMap options, const Command &instead) {
+    const QString token = QStringLiteral("tristop%1").arg(++portalRequests);
+    auto *request = new PortalRequest(bus, token, this);
+    connect(request, &PortalRequest::failed, this, [this, instead] { launch(instead); });
+    options["handle_token"] = token;
+    QDBusMessage message = QDBusMessage::createMethodCall(kPortalService, kPortalPath, interface, method);
+    message << QString(); // no parent window: its name differs from platform to platform
+    message.setArguments(message.arguments() + arguments + QVariantList{options});
+    call(message, instead);
+}
+
+void Sharing::call(const QDBusMessage &message, const Command &instead) {
     auto *answer = new QDBusPendingCallWatcher(bus.asyncCall(message, timeout), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, program, arguments] {
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, instead] {
         answer->deleteLater();
         if (!answer->isError())
             return;
-        qCInfo(lcTristop) << "using" << program
-                          << "instead of the desktop's service:" << answer->error().message();
-        if (!launcher(program, arguments)) {
-            qCWarning(lcTristop) << "cannot start" << program;
-            emit failed();
-        }
+        qCInfo(lcTristop) << "the desktop's service does not help:" << answer->error().message();
+        launch(instead);
     });
 }
 
+void Sharing::launch(const Command &command) {
+    if (launcher(command.program, command.arguments))
+        return;
+    qCWarning(lcTristop) << "cannot start" << command.program;
+    emit failed();
+}
+
 } // namespace tristop
+
+#include "sharing.moc"

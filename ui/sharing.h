@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QStringList>
+#include <QVariant>
 
 class QDBusMessage;
 
@@ -41,12 +42,22 @@ signals:
     void failed();
 
 private:
+    /// The command for when a service cannot help.
+    struct Command {
+        QString program;
+        QStringList arguments;
+    };
     /// Calls a service, and launches the command instead when that fails.
-    void call(const QDBusMessage &message, const QString &program, const QStringList &arguments);
+    void call(const QDBusMessage &message, const Command &instead);
+    /// The same for a portal, which answers at once and tells later by a signal that it cannot help.
+    void callPortal(const char *interface, const char *method, const QVariantList &arguments,
+                    QVariantMap options, const Command &instead);
+    void launch(const Command &command);
 
     QDBusConnection bus;
     Launcher launcher;
     int timeout;
+    int portalRequests = 0;
 };
 
 } // namespace tristop
