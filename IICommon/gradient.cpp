@@ -108,7 +108,8 @@ void warnIndexBeyondBounds(size_t index) {
 
 std::optional<CTGradientElement> elementOf(const QVariant &numbers) {
     const QVariantList list = numbers.toList();
-    if (list.size() != 5)
+    const auto isFinite = [](const QVariant &number) { return std::isfinite(number.toDouble()); };
+    if (list.size() != 5 || !std::all_of(list.begin(), list.end(), isFinite))
         return std::nullopt;
     return CTGradientElement{list[0].toDouble(), list[1].toDouble(), list[2].toDouble(), list[3].toDouble(),
                              list[4].toFloat()};
@@ -239,7 +240,7 @@ void CTGradient::setGradientBlendingMode(CTGradientBlendingMode blendingMode) {
 QColor CTGradient::colorAtPosition(float position) const {
     if (elements.empty())
         return QColor(Qt::white);
-    if (position <= elements.front().position)
+    if (!(position > elements.front().position))
         return colorOf(elements.front());
     if (position >= elements.back().position)
         return colorOf(elements.back());

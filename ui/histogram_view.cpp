@@ -21,8 +21,8 @@ void IIHistogramView::setHistogramData(const std::optional<IIHistogramData> &his
 void IIHistogramView::paintEvent(QPaintEvent *) {
     if (!histogram)
         return;
+    // Lines astride two pixels stay whole: blended ones would let the colours behind shine through the white.
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     for (const HistogramLine &line : histogramLines(*histogram, width(), height())) {
         if (line.height == 0)
             continue;

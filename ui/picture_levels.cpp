@@ -20,14 +20,13 @@ uint32_t meanOfFour(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
 
 QImage halved(const QImage &image) {
     const int width = image.width();
-    const int height = image.height();
-    QImage half((width + 1) / 2, (height + 1) / 2, image.format());
+    QImage half((width + 1) / 2, (image.height() + 1) / 2, image.format());
     if (half.isNull())
         return half;
     for (int y = 0; y < half.height(); ++y) {
+        const int below = std::min(2 * y + 1, image.height() - 1);
         const auto *upper = reinterpret_cast<const uint32_t *>(image.constScanLine(2 * y));
-        const auto *lower =
-            reinterpret_cast<const uint32_t *>(image.constScanLine(std::min(2 * y + 1, height - 1)));
+        const auto *lower = reinterpret_cast<const uint32_t *>(image.constScanLine(below));
         auto *row = reinterpret_cast<uint32_t *>(half.scanLine(y));
         for (int x = 0; x < width / 2; ++x)
             row[x] = meanOfFour(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);

@@ -18,11 +18,6 @@ namespace {
 
 using Indicator = AMIndeterminateProgressIndicatorCell;
 
-// Wayland leaves the place of windows to the compositor.
-bool windowsCanBePlaced() {
-    return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
 bool isUsableWhileWaiting(const QWidget *widget) {
     for (; widget; widget = widget->parentWidget()) {
         if (widget->property(MMWaitingWindowController::kUsableWhileWaiting).toBool())
@@ -55,8 +50,14 @@ bool isKeyInput(QEvent::Type type) {
 
 } // namespace
 
-MMWaitingWindowController::MMWaitingWindowController()
-    : ui(std::make_unique<Ui::MMWaitingWindowController>()) {
+// Wayland leaves the place of windows to the compositor.
+MMWaitingWindowController::Place MMWaitingWindowController::placeOfThisDesktop() {
+    const bool isWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    return isWayland ? Place::InsideParent : Place::OwnWindow;
+}
+
+MMWaitingWindowController::MMWaitingWindowController(Place place)
+    : ui(std::make_unique<Ui::MMWaitingWindowController>()), place(place) {
     ui->setupUi(this);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAccessibleRole(this, QAccessible::AlertMessage);
@@ -103,7 +104,7 @@ void MMWaitingWindowController::startAnimation(QWidget *parent) {
             popup->close();
         focusBefore = parentWindow->focusWidget();
         const Qt::WindowFlags window = Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus;
-        setParent(parentWindow, windowsCanBePlaced() ? window : Qt::Widget);
+        setParent(parentWindow, place == Place::OwnWindow ? window : Qt::Widget);
         qApp->installEventFilter(this);
     }
     animationTimer.start();
@@ -134,7 +135,7 @@ void MMWaitingWindowController::endAnimation() {
     qApp->removeEventFilter(this);
     hide();
     setParent(nullptr, Qt::Dialog | Qt::FramelessWindowHint);
-    if (parentWindow && focusBefore && parentWindow->focusWidget() != focusBefore)
+    if (parentWindow && focusBefore && focusBefore->isVisible() && parentWindow->focusWidget() != focusBefore)
         focusBefore->setFocus();
     parentWindow.clear();
 }

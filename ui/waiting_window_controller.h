@@ -30,7 +30,12 @@ public:
     /// Property that leaves a widget and its children usable while a progress window is over their window.
     static constexpr char kUsableWhileWaiting[] = "usableWhileWaiting";
 
-    MMWaitingWindowController();
+    /// Where the panel lies: a window of its own, or a part of the parent window where the desktop does not
+    /// let windows be placed.
+    enum class Place { OwnWindow, InsideParent };
+    static Place placeOfThisDesktop();
+
+    explicit MMWaitingWindowController(Place place = placeOfThisDesktop());
     ~MMWaitingWindowController() override;
 
     const QString &waitingDescriptor() const { return descriptor; }
@@ -57,6 +62,7 @@ private:
     bool refuses(QObject *watched, QEvent *event) const;
 
     std::unique_ptr<Ui::MMWaitingWindowController> ui;
+    const Place place;
     QString descriptor;
     std::function<void()> cancelAction;
     QPointer<QObject> cancelTarget;

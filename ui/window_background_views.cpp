@@ -3,6 +3,8 @@
 
 #include <QPainter>
 
+#include "ui/bordless_window.h"
+
 namespace tristop {
 
 namespace {
@@ -11,7 +13,7 @@ namespace {
 void drawPanel(QWidget *view, float white, float alpha) {
     constexpr double kCornerRadius = 10;
     QPainter painter(view);
-    if (view->window()->testAttribute(Qt::WA_TranslucentBackground)) {
+    if (qobject_cast<MMBordlessWindow *>(view->window())) {
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         painter.fillRect(view->rect(), Qt::transparent);
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);

@@ -42,6 +42,7 @@ TEST(Gradient, BlendsBetweenStopsAndHoldsTheEndColours) {
     gradient.addElement({0.6, 0.4, 0.2, 0, 0.75F});
     EXPECT_EQ(gradient.colorAtPosition(0).rgba(), qRgba(51, 102, 153, 255));
     EXPECT_EQ(gradient.colorAtPosition(1).rgba(), qRgba(153, 102, 51, 0));
+    EXPECT_EQ(gradient.colorAtPosition(std::nanf("")).rgba(), qRgba(51, 102, 153, 255));
     EXPECT_NEAR(gradient.colorAtPosition(0.375F).redF(), 0.3, 1e-4);
     EXPECT_NEAR(gradient.colorAtPosition(0.375F).alphaF(), 0.75, 1e-4);
 }

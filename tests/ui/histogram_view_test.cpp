@@ -53,13 +53,13 @@ TEST(HistogramView, DrawsLinesFromTheBottomAndOnlyTheTallestIsOffset) {
     EXPECT_EQ(image.pixel(100, 63 - 40), qRgb(0, 0, 0));
     EXPECT_EQ(image.pixel(99, 63 - 39), qRgb(0, 0, 0));
     EXPECT_EQ(image.pixel(101, 63 - 39), qRgb(0, 0, 0));
-    // The others lie astride the pixels 99 and 100.
-    EXPECT_NEAR(qGreen(image.pixel(100, 63 - 19)), 128, 2);
-    EXPECT_NEAR(qRed(image.pixel(99, 63 - 19)), 128, 2);
-    EXPECT_NEAR(qGreen(image.pixel(99, 63 - 19)), 128, 2);
-    EXPECT_EQ(qBlue(image.pixel(99, 63 - 19)), 0);
-    EXPECT_NEAR(qBlue(image.pixel(99, 63)), 128, 2);
-    EXPECT_EQ(image.pixel(99, 63 - 20), qRgb(0, 0, 0));
+    // The others lie astride the pixels 99 and 100, and stay whole.
+    EXPECT_EQ(image.pixel(100, 63 - 20), qRgb(255, 0, 0));
+    EXPECT_EQ(image.pixel(100, 63 - 19), qRgb(255, 255, 0));
+    EXPECT_EQ(image.pixel(100, 63 - 10), qRgb(255, 255, 0));
+    EXPECT_EQ(image.pixel(100, 63 - 9), qRgb(255, 255, 255));
+    EXPECT_EQ(image.pixel(100, 63), qRgb(255, 255, 255));
+    EXPECT_EQ(image.pixel(99, 63), qRgb(0, 0, 0));
 
     view.setHistogramData(oneValue(100, 7, 7, 7, 1));
     EXPECT_EQ(drawn(view).pixel(100, 0), qRgb(255, 255, 255)) << "cut off at the top";

@@ -147,6 +147,26 @@ TEST_F(WaitingWindow, ShortWorkShowsNoPanelAndAnEndIsFinal) {
     EXPECT_EQ(waiting.parent(), nullptr);
 }
 
+TEST_F(WaitingWindow, LiesInsideItsParentWhereWindowsCannotBePlaced) {
+    MMWaitingWindowController inside(MMWaitingWindowController::Place::InsideParent);
+    QPalette red;
+    red.setColor(QPalette::Window, Qt::red);
+    window.setPalette(red);
+    inside.startAnimation(&window);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return inside.isVisible(); }));
+    EXPECT_FALSE(inside.isWindow());
+    EXPECT_LE((inside.geometry().center() - window.rect().center()).manhattanLength(), 2);
+    for (QPushButton *button : {&first, &second, &titleBar})
+        button->hide();
+    const QImage image = window.grab().toImage();
+    EXPECT_EQ(image.pixelColor(inside.pos()), QColor(Qt::red)) << "nothing but the panel covers the parent";
+    const QColor panel = image.pixelColor(inside.pos() + QPoint(12, 4));
+    EXPECT_NEAR(panel.red(), 0.8 * 0.1 * 255 + 0.2 * 255, 2);
+    EXPECT_NEAR(panel.green(), 0.8 * 0.1 * 255, 2);
+    inside.endAnimation();
+    EXPECT_EQ(inside.parent(), nullptr);
+}
+
 TEST_F(WaitingWindow, DiesWithItsParent) {
     auto *parent = new QWidget;
     parent->show();
