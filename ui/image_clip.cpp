@@ -158,17 +158,26 @@ void IIImageClip::keyPressEvent(QKeyEvent *event) {
     }
 }
 
-// A click needs no mark of where the keyboard is; moving there by the keyboard does.
+// The mark shows where the keyboard is, once it was moved here by the keyboard, also after a while in another
+// window.
 void IIImageClip::focusInEvent(QFocusEvent *event) {
-    if (documentView && event->reason() != Qt::MouseFocusReason)
-        documentView->setFocusRing(event->reason() == Qt::TabFocusReason ||
-                                   event->reason() == Qt::BacktabFocusReason ||
-                                   event->reason() == Qt::ShortcutFocusReason);
+    switch (event->reason()) {
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+    case Qt::ShortcutFocusReason:
+        if (documentView)
+            documentView->setFocusRing(true);
+        break;
+    default:
+        break;
+    }
     QWidget::focusInEvent(event);
 }
 
 void IIImageClip::focusOutEvent(QFocusEvent *event) {
-    if (documentView)
+    const bool comesBack =
+        event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
+    if (documentView && !comesBack)
         documentView->setFocusRing(false);
     QWidget::focusOutEvent(event);
 }

@@ -55,9 +55,11 @@ protected:
     QImage drawn() { return clip.grab().toImage().convertToFormat(QImage::Format_RGB32); }
 
     void drag(QPoint from, QPoint to) {
-        QTest::mousePress(&clip, Qt::LeftButton, {}, from);
-        QTest::mouseMove(&clip, to);
-        QTest::mouseRelease(&clip, Qt::LeftButton, {}, to);
+        // The document lies under the pointer and lets its clip have the events.
+        QWidget *target = clip.childAt(from) ? clip.childAt(from) : &clip;
+        QTest::mousePress(target, Qt::LeftButton, {}, target->mapFrom(&clip, from));
+        QTest::mouseMove(target, target->mapFrom(&clip, to));
+        QTest::mouseRelease(target, Qt::LeftButton, {}, target->mapFrom(&clip, to));
     }
 
     void turnWheel(int units) {
@@ -251,6 +253,10 @@ TEST_F(ImageClip, PansByKeyboard) {
     QTest::keyClick(&clip, Qt::Key_Right);
     QTest::keyClick(&clip, Qt::Key_Up);
     EXPECT_EQ(clip.normalizedCenter(), QPointF(240, 60));
+    EXPECT_EQ(drawn().pixel(0, 0), qRgb(95, 10, 0)) << "no mark without the keyboard's focus";
+    QFocusEvent focus(QEvent::FocusIn, Qt::TabFocusReason);
+    QCoreApplication::sendEvent(&clip, &focus);
+    EXPECT_EQ(drawn().pixel(0, 0), view->palette().color(QPalette::Highlight).rgb());
     QTest::keyClick(&clip, Qt::Key_Left, Qt::ShiftModifier);
     QTest::keyClick(&clip, Qt::Key_Down, Qt::ShiftModifier);
     EXPECT_EQ(clip.normalizedCenter(), QPointF(150, 132));
