@@ -294,11 +294,6 @@
         <extracomment>caption</extracomment>
         <translation>直方图</translation>
     </message>
-    <message id="IDS_PHOTOGRAPHS">
-        <source>Photographs</source>
-        <extracomment>caption above the three thumbnails</extracomment>
-        <translation>照片</translation>
-    </message>
     <message id="IDS_PHOTOGRAPH">
         <source>Photograph %1</source>
         <extracomment>name of a thumbnail; %1 is 1, 2 or 3</extracomment>
