@@ -99,8 +99,8 @@ struct IIEditingViewController::Rendering {
     Rendering(const uint8_t *bgr, int32_t width, int32_t height) {
         if (bgr == nullptr || width < 1 || height < 1)
             return;
-        if (const auto rgb = CBYUVRGB::bgr2image(bgr, width, height, bgrLineBytes(width), histogram))
-            image = platformImage(*rgb);
+        if (auto bgrx = CBYUVRGB::bgr2image(bgr, width, height, bgrLineBytes(width), histogram))
+            image = platformImage(std::move(*bgrx));
     }
 };
 
@@ -145,6 +145,7 @@ void IIEditingViewController::placeViews() {
         palette.setColor(QPalette::WindowText, theme::kSecondaryText);
         quiet->setPalette(palette);
     }
+    ui->statusField->setContentsMargins(theme::kGrid / 2, 0, theme::kGrid / 2, 0); // in line with the panel
     QFont large = ui->emptyTitle->font();
     large.setPointSizeF(large.pointSizeF() * 1.4);
     ui->emptyTitle->setFont(large);

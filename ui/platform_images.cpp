@@ -5,16 +5,14 @@
 
 namespace tristop {
 
-QImage platformImage(const RgbImage &picture) {
-    return QImage(picture.pixels.get(), picture.width, picture.height,
-                  static_cast<qsizetype>(picture.lineBytes), QImage::Format_RGB888)
-        .convertToFormat(QImage::Format_RGB32);
-}
-
-QImage platformImage(const BgrxImage &picture) {
-    return QImage(picture.pixels.get(), picture.width, picture.height,
-                  static_cast<qsizetype>(picture.lineBytes()), QImage::Format_RGB32)
-        .copy();
+QImage platformImage(BgrxImage picture) {
+    if (!picture.pixels)
+        return {};
+    const auto lineBytes = static_cast<qsizetype>(picture.lineBytes());
+    uint8_t *pixels = picture.pixels.release();
+    return QImage(
+        pixels, picture.width, picture.height, lineBytes, QImage::Format_RGB32,
+        [](void *block) { FreeDeleter()(static_cast<uint8_t *>(block)); }, pixels);
 }
 
 std::optional<RgbImage> rgbImage(const QImage &image) {

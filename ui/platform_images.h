@@ -10,11 +10,8 @@
 
 namespace tristop {
 
-/// The picture with four bytes a pixel, as views draw it fastest; null when there is not enough memory.
-QImage platformImage(const RgbImage &picture);
-
-/// A copy of the picture; null without pixels.
-QImage platformImage(const BgrxImage &picture);
+/// The picture, whose pixels the image takes over; null without pixels.
+QImage platformImage(BgrxImage picture);
 
 /// A copy of the image without its alpha; none for a null image or when there is not enough memory.
 std::optional<RgbImage> rgbImage(const QImage &image);

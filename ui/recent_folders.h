@@ -5,7 +5,8 @@ class QFileDialog;
 
 namespace tristop {
 
-/// Shows the folder used last, and offers those before it; the folder of pictures at first.
+/// Shows the folder used last, the folder of pictures at first, and offers the places where photographs are
+/// usually found.
 void showRecentFolders(QFileDialog &dialog);
 
 /// Remembers the folder that a dialog has been confirmed in.

@@ -21,6 +21,9 @@ SavePanel::SavePanel(QWidget *window, IISaveViewController *accessoryView,
     setFileMode(QFileDialog::AnyFile);
     setWindowTitle(localizedText("IDS_SAVE"));
     showRecentFolders(*this);
+    for (const char *name : {"fileTypeLabel", "fileTypeCombo"}) // the options view has the types
+        if (auto *own = findChild<QWidget *>(name))
+            own->hide();
     auto *grid = qobject_cast<QGridLayout *>(layout());
     grid->addWidget(accessory, grid->rowCount(), 0, 1, -1);
     accessory->show();

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/warning_message_controller.h"
 
-#include <QApplication>
+#include <QGuiApplication>
+#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 
+#include "ui/application_icon.h"
 #include "ui/theme.h"
 #include "ui_IIWarningMessageController.h"
 
@@ -60,9 +62,7 @@ void IIWarningMessageController::windowDidLoad() {
     showTitle(ui->okButn, okTitle);
     showTitle(ui->cancelButn, cancelTitle);
     showTitle(ui->otherButn, extendTitle);
-    const QIcon icon = QApplication::windowIcon();
-    ui->iconView->setVisible(!icon.isNull());
-    ui->iconView->setPixmap(icon.pixmap(ui->iconView->minimumSize(), devicePixelRatio()));
+    ui->iconView->setPixmap(applicationIcon().pixmap(ui->iconView->minimumSize(), devicePixelRatio()));
     QFont bold = ui->messageField->font();
     bold.setWeight(QFont::DemiBold);
     ui->messageField->setFont(bold);
