@@ -72,15 +72,24 @@ QString withoutMnemonic(QString title) {
     return title.remove(QRegularExpression("\\(&\\w\\)")).remove('&');
 }
 
-/// The translators that loadTranslations leaves with the application, gone again at the end.
+QList<QTranslator *> translators() {
+    return QCoreApplication::instance()->findChildren<QTranslator *>(Qt::FindDirectChildrenOnly);
+}
+
+/// The texts of a locale, until the end.
 class LoadedTranslations {
 public:
-    explicit LoadedTranslations(const char *locale) {
+    explicit LoadedTranslations(const char *locale) : before(translators()) {
         loadTranslations(*QCoreApplication::instance(), QLocale(locale));
     }
     ~LoadedTranslations() {
-        qDeleteAll(QCoreApplication::instance()->findChildren<QTranslator *>(Qt::FindDirectChildrenOnly));
+        for (QTranslator *translator : translators())
+            if (!before.contains(translator))
+                delete translator;
     }
+
+private:
+    QList<QTranslator *> before;
 };
 
 TEST(LocalizedText, EveryLanguageHasExactlyTheKeysOfTheSources) {
@@ -108,7 +117,6 @@ TEST(LocalizedText, FormatsKeepTheirArguments) {
 }
 
 TEST(LocalizedText, FollowsTheLocaleAndFallsBackToEnglish) {
-    EXPECT_EQ(localizedText("IDS_CANCEL"), QString());
     const std::map<const char *, const char *> cancel = {
         {"C", "Cancel"},         {"en_GB", "Cancel"},  {"it_IT", "Cancel"},
         {"de_AT", "Abbrechen"},  {"fr_CA", "Annuler"}, {"es_MX", "Cancelar"},
@@ -118,7 +126,6 @@ TEST(LocalizedText, FollowsTheLocaleAndFallsBackToEnglish) {
         EXPECT_EQ(localizedText("IDS_CANCEL"), text) << locale;
         EXPECT_EQ(localizedText("IDS_NO_SUCH_KEY"), QString()) << locale;
     }
-    EXPECT_EQ(localizedText("IDS_CANCEL"), QString());
 }
 
 TEST(Guide, NamesTheControlsAsTheWindowDoes) {
