@@ -30,12 +30,6 @@ void setColors(IIRoundedBox &box) {
     box.setDrawsFullTitleBar(true);
 }
 
-void setSecondary(QLabel &label) {
-    QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, theme::kSecondaryText);
-    label.setPalette(palette);
-}
-
 /// Shows the slider's value less an offset, and the value in use on the tooltip.
 void showNumber(QLabel &field, AdjustSlider &slider, int offset = 0) {
     field.setText(QString::number(slider.value() - offset));
@@ -71,12 +65,7 @@ IIAdjustViewController::IIAdjustViewController(std::shared_ptr<IHDREngineControl
     setColors(*ui->effectBox);
     ui->scrollArea->viewport()->setAutoFillBackground(false);
     ui->contents->setAutoFillBackground(false);
-    setSecondary(*ui->sizeField);
-    QPalette well = ui->histogramView->palette();
-    well.setColor(QPalette::Window, theme::kField);
-    ui->histogramView->setPalette(well);
-    ui->histogramView->setBackgroundRole(QPalette::Window);
-    ui->histogramView->setAutoFillBackground(true);
+    ui->histogramWell->setBackgroundColor(theme::kField);
     ui->effectPopButn->setFocusPolicy(Qt::StrongFocus);
     ui->effectPopButn->installEventFilter(this);
     initViewController();

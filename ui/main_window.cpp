@@ -217,11 +217,12 @@ void IIMainWindow::menuCCS() {
 }
 
 void IIMainWindow::about() {
-    auto *box =
-        new QMessageBox(QMessageBox::NoIcon, applicationName(), applicationName(), QMessageBox::Ok, this);
+    const QString text = localizedText("IDS_ABOUT_TEXT").arg(QCoreApplication::applicationVersion());
+    auto *box = new QMessageBox(QMessageBox::NoIcon, applicationName(),
+                                QStringLiteral("<h2>%1</h2><p>%2</p>").arg(applicationName(), text),
+                                QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIconPixmap(applicationIcon().pixmap(QSize(64, 64), devicePixelRatioF()));
-    box->setInformativeText(localizedText("IDS_ABOUT_TEXT").arg(QCoreApplication::applicationVersion()));
     box->button(QMessageBox::Ok)->setText(localizedText("IDS_OK"));
     box->open();
 }

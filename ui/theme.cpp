@@ -54,6 +54,7 @@ QMenu::indicator { width: 14px; height: 14px; margin-left: 5px; }
 QMenu::indicator:checked { image: url(:/theme/check.svg); }
 QToolTip { background: %control%; color: %text%; border: 1px solid %outline%; padding: 3px 5px; }
 
+QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
 QPushButton { background: %control%; border: 1px solid %outline%; border-radius: 5px; padding: 5px 14px;
     min-width: 56px; }
 QPushButton:hover { background: %controlHover%; }
@@ -64,6 +65,7 @@ QPushButton:disabled { background: %panel%; color: %disabledText%; border-color:
 QPushButton:focus { border: 2px solid %accent%; padding: 4px 13px; }
 QPushButton:default:focus { border-color: white; }
 
+QLabel[secondary="true"] { color: %secondaryText%; }
 QCheckBox { spacing: 8px; }
 QCheckBox::indicator { width: 14px; height: 14px; background: %control%; border: 1px solid %mark%;
     border-radius: 3px; }
@@ -72,7 +74,7 @@ QCheckBox::indicator:checked { background: %selection%; border-color: %accent%; 
 QCheckBox::indicator:focus { border: 2px solid %accent%; width: 12px; height: 12px; }
 QCheckBox::indicator:disabled { background: %panel%; border-color: %outline%; }
 
-QComboBox { background: %control%; border: 1px solid %outline%; border-radius: 5px; padding: 4px 8px; }
+QComboBox { combobox-popup: 0; background: %control%; border: 1px solid %outline%; border-radius: 5px; padding: 4px 8px; }
 QComboBox:hover { background: %controlHover%; }
 QComboBox:disabled { background: %panel%; color: %disabledText%; border-color: %line%; }
 QComboBox:focus { border: 2px solid %accent%; padding: 3px 7px; }
