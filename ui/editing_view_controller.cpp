@@ -5,6 +5,7 @@
 #include <cmath>
 #include <new>
 
+#include <QApplication>
 #include <QEvent>
 #include <QFileInfo>
 #include <QPrinter>
@@ -118,6 +119,8 @@ IIEditingViewController::~IIEditingViewController() {
     *cancelled = true;
     worker.reset();
     closeWaitingWindow();
+    delete warning;
+    delete savePanel;
 }
 
 void IIEditingViewController::placeViews() {
@@ -355,8 +358,10 @@ void IIEditingViewController::runOpenPanel() {
 }
 
 void IIEditingViewController::offerURLs(const QList<QUrl> &urls) {
-    if (running || window()->isAncestorOf(QApplication::activeModalWidget()))
+    if (running || QApplication::activeModalWidget() != nullptr) {
+        qCInfo(lcTristop) << "photographs that came during a run or a dialog were left alone";
         return;
+    }
     if (urls.size() != 3) {
         showFailedWarning(localizedText("IDS_TOO_MANY_ERROR"));
         return;

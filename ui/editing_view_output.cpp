@@ -61,6 +61,11 @@ EncodingOptions encodingOptions(const SaveOptions &options) {
     return encoding;
 }
 
+/// Dialogs do not own their printer.
+void keepUntilDestroyed(QObject *dialog, const std::shared_ptr<QPrinter> &printer) {
+    QObject::connect(dialog, &QObject::destroyed, [printer] {});
+}
+
 /// A new folder for a file that another program is given. It outlives the application, since that program may
 /// read it later; folders of the day before go.
 QString newSharedFolder() {
@@ -274,6 +279,7 @@ std::shared_ptr<QPrinter> IIEditingViewController::printSettings() {
 void IIEditingViewController::printSetup() {
     const auto printer = printSettings();
     auto *dialog = new QPageSetupDialog(printer.get(), window());
+    keepUntilDestroyed(dialog, printer);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, this, [this, printer] { printInfo = printer; });
@@ -286,6 +292,7 @@ void IIEditingViewController::print() {
     const auto printer = printSettings();
     setEqualMargins(*printer);
     auto *dialog = new QPrintDialog(printer.get(), window());
+    keepUntilDestroyed(dialog, printer);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, this, [this, printer] {

@@ -10,6 +10,7 @@
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QProcess>
 #include <QUrl>
 
@@ -103,18 +104,20 @@ void Sharing::callPortal(const char *interface, const char *method, const QVaria
     QDBusMessage message = QDBusMessage::createMethodCall(kPortalService, kPortalPath, interface, method);
     message << QString(); // no parent window: its name differs from platform to platform
     message.setArguments(message.arguments() + arguments + QVariantList{options});
-    call(message, instead);
+    call(message, instead, request);
 }
 
-void Sharing::call(const QDBusMessage &message, const Command &instead) {
+void Sharing::call(const QDBusMessage &message, const Command &instead, QObject *request) {
     auto *answer = new QDBusPendingCallWatcher(bus.asyncCall(message, timeout), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, instead] {
-        answer->deleteLater();
-        if (!answer->isError())
-            return;
-        qCInfo(lcTristop) << "the desktop's service does not help:" << answer->error().message();
-        launch(instead);
-    });
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this, answer, instead, request = QPointer(request)] {
+                answer->deleteLater();
+                if (!answer->isError())
+                    return;
+                delete request;
+                qCInfo(lcTristop) << "the desktop's service does not help:" << answer->error().message();
+                launch(instead);
+            });
 }
 
 void Sharing::launch(const Command &command) {

@@ -47,8 +47,9 @@ private:
         QString program;
         QStringList arguments;
     };
-    /// Calls a service, and launches the command instead when that fails.
-    void call(const QDBusMessage &message, const Command &instead);
+    /// Calls a service. When that fails, deletes `request`, which may be null, and launches the command
+    /// instead.
+    void call(const QDBusMessage &message, const Command &instead, QObject *request = nullptr);
     /// The same for a portal, which answers at once and tells later by a signal that it cannot help.
     void callPortal(const char *interface, const char *method, const QVariantList &arguments,
                     QVariantMap options, const Command &instead);
