@@ -117,7 +117,7 @@
     <message id="IDS_OUTPUT_SIZE">
         <source>Output size:</source>
         <extracomment>before WIDTHxHEIGHT</extracomment>
-        <translation>出力サイズ：</translation>
+        <translation>出力サイズ</translation>
     </message>
     <message id="IDS_PIX">
         <source>pixels</source>

@@ -117,7 +117,7 @@
     <message id="IDS_OUTPUT_SIZE">
         <source>Output size:</source>
         <extracomment>before WIDTHxHEIGHT</extracomment>
-        <translation>输出尺寸：</translation>
+        <translation>输出尺寸</translation>
     </message>
     <message id="IDS_PIX">
         <source>pixels</source>
