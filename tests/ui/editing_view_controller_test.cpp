@@ -2,6 +2,7 @@
 #include "ui/editing_view_controller.h"
 
 #include <filesystem>
+#include <mutex>
 
 #include <QApplication>
 #include <QComboBox>
@@ -42,7 +43,8 @@ constexpr int kPatience = 60000;
 class EditingTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        loadTranslations(*qApp, QLocale(QLocale::English));
+        static std::once_flag translated; // the suite may be repeated
+        std::call_once(translated, [] { loadTranslations(*qApp, QLocale(QLocale::English)); });
         bracket = new TemporaryFolder;
         scene::SceneSettings settings;
         settings.width = kWidth;
