@@ -240,9 +240,9 @@
         <translation>&amp;Hilfe</translation>
     </message>
     <message id="IDS_MENU_SHOWGUIDE">
-        <source>Show Guide at &amp;Start</source>
+        <source>Show Guide at S&amp;tart</source>
         <extracomment>Help menu, with a check mark</extracomment>
-        <translation>Anleitung beim &amp;Start anzeigen</translation>
+        <translation>Anleitung beim Sta&amp;rt anzeigen</translation>
     </message>
     <message id="IDS_ABOUT_TEXT">
         <source>Version %1 · Three exposures, one picture. Free software under the GNU General Public License, version 3 or later.</source>

@@ -240,9 +240,9 @@
         <translation>&amp;Help</translation>
     </message>
     <message id="IDS_MENU_SHOWGUIDE">
-        <source>Show Guide at &amp;Start</source>
+        <source>Show Guide at S&amp;tart</source>
         <extracomment>Help menu, with a check mark</extracomment>
-        <translation>Show Guide at &amp;Start</translation>
+        <translation>Show Guide at S&amp;tart</translation>
     </message>
     <message id="IDS_ABOUT_TEXT">
         <source>Version %1 · Three exposures, one picture. Free software under the GNU General Public License, version 3 or later.</source>
