@@ -240,7 +240,7 @@
         <translation>A&amp;yuda</translation>
     </message>
     <message id="IDS_MENU_SHOWGUIDE">
-        <source>Show Guide at &amp;Start</source>
+        <source>Show Guide at S&amp;tart</source>
         <extracomment>Help menu, with a check mark</extracomment>
         <translation>&amp;Mostrar la guía al iniciar</translation>
     </message>

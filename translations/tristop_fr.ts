@@ -240,7 +240,7 @@
         <translation>Ai&amp;de</translation>
     </message>
     <message id="IDS_MENU_SHOWGUIDE">
-        <source>Show Guide at &amp;Start</source>
+        <source>Show Guide at S&amp;tart</source>
         <extracomment>Help menu, with a check mark</extracomment>
         <translation>Afficher le guide au &amp;démarrage</translation>
     </message>
