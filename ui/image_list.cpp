@@ -8,7 +8,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleOptionSlider>
-#include <QtConcurrentRun>
+#include <QtConcurrentMap>
 
 #include "ui/common_define.h"
 
@@ -31,25 +31,29 @@ QImage thumbnailOf(const QString &path) {
 
 } // namespace
 
-void ImageListModel::setItems(std::vector<IIImageItem> items) {
-    beginResetModel();
-    imageItems = std::move(items);
-    thumbnails.clear();
-    endResetModel();
-    for (const IIImageItem &item : imageItems) {
-        const QString path = item.imageRepresentation();
-        QtConcurrent::run(thumbnailOf, path)
-            .then(this,
-                  [this, uid = item.imageUID()](const QImage &thumbnail) { keepThumbnail(uid, thumbnail); });
-    }
+ImageListModel::ImageListModel(QObject *parent) : QAbstractListModel(parent) {
+    connect(&reading, &QFutureWatcherBase::resultReadyAt, this, &ImageListModel::keepThumbnail);
 }
 
-void ImageListModel::keepThumbnail(const QString &uid, const QImage &thumbnail) {
-    thumbnails[uid] = thumbnail;
-    for (int row = 0; row < rowCount(); ++row) {
-        if (imageItems[static_cast<size_t>(row)].imageUID() == uid)
-            emit dataChanged(index(row), index(row), {Qt::DecorationRole});
-    }
+ImageListModel::~ImageListModel() {
+    reading.cancel();
+}
+
+void ImageListModel::setItems(std::vector<IIImageItem> items) {
+    reading.cancel();
+    beginResetModel();
+    imageItems = std::move(items);
+    thumbnails.assign(imageItems.size(), QImage());
+    endResetModel();
+    QStringList paths;
+    for (const IIImageItem &item : imageItems)
+        paths.append(item.imageRepresentation());
+    reading.setFuture(QtConcurrent::mapped(paths, thumbnailOf));
+}
+
+void ImageListModel::keepThumbnail(int row) {
+    thumbnails[static_cast<size_t>(row)] = reading.resultAt(row);
+    emit dataChanged(index(row), index(row), {Qt::DecorationRole});
 }
 
 int ImageListModel::rowCount(const QModelIndex &parent) const {
@@ -64,7 +68,7 @@ QVariant ImageListModel::data(const QModelIndex &index, int role) const {
     case Qt::DisplayRole:
         return item.imageTitle();
     case Qt::DecorationRole:
-        return thumbnails.value(item.imageUID());
+        return thumbnails[static_cast<size_t>(index.row())];
     case Qt::ToolTipRole:
         return item.imagePath();
     default:

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include <QAbstractListModel>
-#include <QHash>
+#include <QFutureWatcher>
 #include <QImage>
 #include <QListView>
 #include <QScrollBar>
@@ -19,7 +19,8 @@ class ImageListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    using QAbstractListModel::QAbstractListModel;
+    explicit ImageListModel(QObject *parent = nullptr);
+    ~ImageListModel() override;
 
     const std::vector<IIImageItem> &items() const { return imageItems; }
     void setItems(std::vector<IIImageItem> items);
@@ -29,10 +30,11 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
-    void keepThumbnail(const QString &uid, const QImage &thumbnail);
+    void keepThumbnail(int row);
 
     std::vector<IIImageItem> imageItems;
-    QHash<QString, QImage> thumbnails; ///< by imageUID; null where unreadable
+    std::vector<QImage> thumbnails; ///< of the items; null until read, and where unreadable
+    QFutureWatcher<QImage> reading;
 };
 
 /// Draws an item: its thumbnail in the middle, its title below, and a rounded frame around the selected one.

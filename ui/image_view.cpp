@@ -28,6 +28,7 @@ IIImageView::IIImageView(QWidget *parent) : QWidget(parent) {
     resizeTimer.setSingleShot(true);
     resizeTimer.setInterval(std::chrono::milliseconds(150));
     connect(&resizeTimer, &QTimer::timeout, this, qOverload<>(&QWidget::update));
+    connect(&reduction, &QFutureWatcherBase::finished, this, &IIImageView::keepReductions);
 }
 
 void IIImageView::setImage(const QImage &image, int rotationAngle) {
@@ -36,22 +37,24 @@ void IIImageView::setImage(const QImage &image, int rotationAngle) {
     // A picture of another size cannot stand in for the new one.
     if (levels.size() != picture.size())
         levels = PictureLevels(picture);
-    levelsPending = !picture.isNull();
-    if (levelsPending)
-        reduceInBackground();
+    reduceInBackground();
     updateSize();
     update();
 }
 
+// The watcher forgets the reductions of the picture before, also those that are ready but not yet told of.
 void IIImageView::reduceInBackground() {
-    const auto keep = [this, key = picture.cacheKey()](const PictureLevels &reduced) {
-        if (picture.cacheKey() != key)
-            return;
-        levels = reduced;
-        levelsPending = false;
-        update();
-    };
-    QtConcurrent::run(&PictureLevels::reduced, picture).then(this, keep);
+    levelsPending = !picture.isNull();
+    reduction.setFuture(levelsPending ? QtConcurrent::run(&PictureLevels::reduced, picture)
+                                      : QFuture<PictureLevels>());
+}
+
+void IIImageView::keepReductions() {
+    if (!levelsPending)
+        return;
+    levels = reduction.result();
+    levelsPending = false;
+    update();
 }
 
 QSizeF IIImageView::originalSize() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QFutureWatcher>
 #include <QImage>
 #include <QTimer>
 #include <QTransform>
@@ -63,12 +64,14 @@ protected:
 
 private:
     void reduceInBackground();
+    void keepReductions();
     QPointF paintedOrigin() const;
     void placeVisiblePart();
     void drawPicture(QPainter &painter, const QRectF &exposed) const;
 
     QImage picture;
     PictureLevels levels;
+    QFutureWatcher<PictureLevels> reduction;
     bool levelsPending = false;
     int rotation = 0;
     double zoomFactor = 1;

@@ -45,9 +45,13 @@ PictureLevels::PictureLevels(const QImage &picture) {
 }
 
 PictureLevels PictureLevels::reduced(const QImage &picture) {
-    PictureLevels pyramid(picture.convertToFormat(
-        picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32));
-    while (pyramid.count() > 0 && pyramid.count() < kCount) {
+    const QImage converted = picture.convertToFormat(
+        picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    // Without memory for a conversion the picture itself has to do.
+    if (converted.isNull())
+        return PictureLevels(picture);
+    PictureLevels pyramid(converted);
+    while (pyramid.count() < kCount) {
         QImage half = halved(pyramid.levels.back());
         // Without memory for a level the larger ones have to do.
         if (half.isNull())

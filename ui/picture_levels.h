@@ -8,8 +8,8 @@
 namespace tristop {
 
 /// A picture and its reductions to a half, a quarter and so on, each the mean of 2 x 2 pixels of the one
-/// before. Pixels are kept as 32 bits, premultiplied where the picture is translucent. An odd row or column
-/// counts twice: pixel (x, y) of level n always covers the 2^n x 2^n pixels from (x 2^n, y 2^n) on.
+/// before. Reductions have 32-bit pixels, premultiplied where the picture is translucent. An odd row or
+/// column counts twice: pixel (x, y) of level n always covers the 2^n x 2^n pixels from (x 2^n, y 2^n) on.
 class PictureLevels {
 public:
     /// Enough for views at a hundredth of the picture's size.
