@@ -112,7 +112,8 @@ void IIImageClip::mousePressEvent(QMouseEvent *event) {
 }
 
 void IIImageClip::mouseMoveEvent(QMouseEvent *event) {
-    if (!dragging)
+    // A release that went to another window ends the drag here.
+    if (!dragging || !(event->buttons() & Qt::LeftButton))
         return;
     geometryOfClip.moveCenter(dragCenter, dragStart - event->scenePosition(), documentSize());
     update();

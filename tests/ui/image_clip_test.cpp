@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/image_clip.h"
 
+#include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
@@ -226,8 +228,18 @@ TEST_F(ImageClip, KeepsTheOldPictureUntilTheNewOnesReductionsAreThere) {
     view->setImage(second, 0);
     view->setImage(QImage(), 0);
     EXPECT_TRUE(settle());
+    QThreadPool::globalInstance()->waitForDone();
+    QCoreApplication::processEvents();
     EXPECT_EQ(view->originalSize(), QSizeF(0, 0));
     EXPECT_EQ(drawn().pixel(50, 40), CommonDefine::backgroundColor().rgb());
+}
+
+TEST(ImageView, MayGoBeforeItsReductionsAreThere) {
+    auto *view = new IIImageView;
+    view->setImage(QImage(2000, 1000, QImage::Format_RGB888), 0);
+    delete view;
+    QThreadPool::globalInstance()->waitForDone();
+    QCoreApplication::processEvents();
 }
 
 TEST_F(ImageClip, DragsThePicture) {
@@ -245,6 +257,10 @@ TEST_F(ImageClip, DragsThePicture) {
     EXPECT_EQ(clip.center(), QPointF(1000, 0)) << "without a button";
     clip.centerImage();
     EXPECT_EQ(view->frame().topLeft(), QPointF(50 - 200, 40 - 100));
+    QTest::mousePress(&clip, Qt::LeftButton, {}, {50, 40});
+    QMouseEvent hover(QEvent::MouseMove, QPointF(30, 40), QPointF(30, 40), Qt::NoButton, Qt::NoButton, {});
+    QCoreApplication::sendEvent(&clip, &hover);
+    EXPECT_EQ(clip.center(), QPointF(500, 500)) << "the release was lost to another window";
 }
 
 TEST_F(ImageClip, PansByKeyboard) {
