@@ -18,8 +18,8 @@ struct HistogramLine {
     bool operator==(const HistogramLine &) const = default;
 };
 
-/// The lines of a chart of the given size in the order of drawing, three a value: where all channels reach,
-/// where two reach and where one reaches, the longest first. None without counts.
+/// The lines of a chart of the given size in the order of drawing, three a value: as high as one channel
+/// reaches, as two reach and as all reach, the longest first. None without counts.
 std::vector<HistogramLine> histogramLines(const IIHistogramData &histogram, double width, double height);
 
 } // namespace tristop

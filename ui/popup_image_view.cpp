@@ -83,7 +83,7 @@ void IIPopupImageView::showEnlarged() {
     setDown(false); // the pop-up takes the release
     if (picture.isNull())
         return;
-    auto *enlarged = new IIImageViewController(picture);
+    auto *enlarged = new IIImageViewController(picture, this);
     enlarged->setAccessibleName(accessibleName());
     auto *popover = new Popover(enlarged, this);
     popover->setPalette(palette());
