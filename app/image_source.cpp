@@ -90,25 +90,7 @@ AffineTransform CBImageSource::imageTransform() const {
     const float stretchY = dh < dw ? dw / dh : 1.0f;
     const float stretchedWidth = (decoded ? static_cast<float>(decoded->width) : 0.0f) * stretchX;
     const float stretchedHeight = (decoded ? static_cast<float>(decoded->height) : 0.0f) * stretchY;
-    const double sx = stretchX, sy = stretchY, W = stretchedWidth, H = stretchedHeight;
-    switch (orientation()) {
-    case 2: // mirrored left to right
-        return {-sx, 0, 0, sy, W, 0};
-    case 3: // turned by a half
-        return {-sx, 0, 0, -sy, W, H};
-    case 4: // mirrored top to bottom
-        return {sx, 0, 0, -sy, 0, H};
-    case 5: // mirrored along the main diagonal
-        return {0, -sx, -sy, 0, H, W};
-    case 6: // turned a quarter clockwise
-        return {0, -sx, sy, 0, 0, W};
-    case 7: // mirrored along the other diagonal
-        return {0, sx, sy, 0, 0, 0};
-    case 8: // turned a quarter counter-clockwise
-        return {0, sx, -sy, 0, H, 0};
-    default:
-        return {sx, 0, 0, sy, 0, 0};
-    }
+    return uprightTransform(orientation(), stretchX, stretchY, stretchedWidth, stretchedHeight);
 }
 
 /// An upright picture's size in whole pixels; 0 x 0 when it is empty or larger than a picture may be.

@@ -11,6 +11,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
+constexpr std::array kJpegSuffixes = {"jpg"sv, "jpeg"sv, "jpe"sv};
+constexpr std::array kTiffSuffixes = {"tif"sv, "tiff"sv};
 /// What cameras call their RAW files; the system's table of media types lacks some.
 constexpr std::array kRawSuffixes = {
     "3fr"sv, "ari"sv, "arw"sv, "bay"sv, "bmq"sv, "cap"sv, "cine"sv, "cr2"sv, "cr3"sv, "crw"sv,
@@ -21,6 +23,18 @@ constexpr std::array kRawSuffixes = {
 
 } // namespace
 
+std::span<const std::string_view> suffixesOf(PhotographType type) {
+    switch (type) {
+    case PhotographType::Jpeg:
+        return kJpegSuffixes;
+    case PhotographType::Tiff:
+        return kTiffSuffixes;
+    case PhotographType::Raw:
+        break;
+    }
+    return kRawSuffixes;
+}
+
 std::optional<PhotographType> typeBySuffix(const std::string &path) {
     std::string suffix = std::filesystem::path(path).extension().string();
     if (suffix.empty())
@@ -29,12 +43,9 @@ std::optional<PhotographType> typeBySuffix(const std::string &path) {
     std::ranges::transform(suffix, suffix.begin(), [](char letter) {
         return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
     });
-    if (suffix == "jpg" || suffix == "jpeg" || suffix == "jpe")
-        return PhotographType::Jpeg;
-    if (suffix == "tif" || suffix == "tiff")
-        return PhotographType::Tiff;
-    if (std::ranges::find(kRawSuffixes, suffix) != kRawSuffixes.end())
-        return PhotographType::Raw;
+    for (const PhotographType type : {PhotographType::Jpeg, PhotographType::Tiff, PhotographType::Raw})
+        if (std::ranges::find(suffixesOf(type), suffix) != suffixesOf(type).end())
+            return type;
     return std::nullopt;
 }
 

@@ -17,17 +17,20 @@ std::string inPixels(ImageSize size) {
 }
 
 /// What is wrong with the size of photograph `i`, compared with the first one.
-std::optional<FileError> sizeProblem(const std::array<std::string, 3> &paths, const Photographs &photographs,
-                                     size_t i) {
+std::optional<PhotographError> sizeProblem(const std::array<std::string, 3> &paths,
+                                           const Photographs &photographs, size_t i) {
     const auto uprightSize = [](const CBImageSource &photograph) {
         return photograph.imageSize(photograph.orientation());
     };
     const ImageSize size = uprightSize(photographs[i]), first = uprightSize(photographs[0]);
     if (size.width < kSmallestSide || size.height < kSmallestSide)
-        return FileError{paths[i], "is too small: " + inPixels(size) + ", at least 100 x 100 are needed"};
+        return PhotographError{
+            {paths[i], "is too small: " + inPixels(size) + ", at least 100 x 100 are needed"},
+            PhotographError::Kind::TooSmall};
     if (size != first)
-        return FileError{paths[i], "has another size than " + paths[0] + ": " + inPixels(size) +
-                                       " instead of " + inPixels(first)};
+        return PhotographError{{paths[i], "has another size than " + paths[0] + ": " + inPixels(size) +
+                                              " instead of " + inPixels(first)},
+                               PhotographError::Kind::OtherSize};
     return std::nullopt;
 }
 
@@ -75,11 +78,11 @@ private:
 
 } // namespace
 
-std::optional<FileError> openPhotographs(const std::array<std::string, 3> &paths, Photographs &photographs,
-                                         size_t decodingMemory) {
+std::optional<PhotographError> openPhotographs(const std::array<std::string, 3> &paths,
+                                               Photographs &photographs, size_t decodingMemory) {
     for (size_t i = 0; i < paths.size(); ++i) {
         if (!photographs[i].initWithPhoto(paths[i]))
-            return FileError{paths[i], photographs[i].failure()};
+            return PhotographError{{paths[i], photographs[i].failure()}, PhotographError::Kind::Unreadable};
         if (auto problem = sizeProblem(paths, photographs, i))
             return problem;
     }
@@ -93,7 +96,7 @@ std::optional<FileError> openPhotographs(const std::array<std::string, 3> &paths
         result.wait();
     for (size_t i = 0; i < paths.size(); ++i)
         if (!opened[i].get())
-            return FileError{paths[i], photographs[i].failure()};
+            return PhotographError{{paths[i], photographs[i].failure()}, PhotographError::Kind::Unreadable};
     for (size_t i = 0; i < paths.size(); ++i)
         if (auto problem = sizeProblem(paths, photographs, i))
             return problem;

@@ -14,6 +14,12 @@ namespace tristop {
 /// The three photographs of a merge, in the order in which they were given.
 using Photographs = std::array<CBImageSource, 3>;
 
+/// Why a photograph cannot be merged.
+struct PhotographError : FileError {
+    enum class Kind { Unreadable, TooSmall, OtherSize };
+    Kind kind = Kind::Unreadable;
+};
+
 /// What decoding may take beside the decoded pictures: enough for three RAW files of 60 megapixels at once.
 constexpr size_t kDecodingMemory = size_t{3} << 30;
 
@@ -23,7 +29,8 @@ constexpr size_t kDecodingMemory = size_t{3} << 30;
  * upright and all three of one size, which is checked before anything is decoded and once more after it.
  * Returns the first file that cannot be used, in the order given, or nothing on success.
  */
-std::optional<FileError> openPhotographs(const std::array<std::string, 3> &paths, Photographs &photographs,
-                                         size_t decodingMemory = kDecodingMemory);
+std::optional<PhotographError> openPhotographs(const std::array<std::string, 3> &paths,
+                                               Photographs &photographs,
+                                               size_t decodingMemory = kDecodingMemory);
 
 } // namespace tristop

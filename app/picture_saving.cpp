@@ -45,14 +45,21 @@ std::optional<RgbaImage> resultImage(const RgbImage *picture) {
     return result;
 }
 
+std::optional<FileError> savePicture(const RgbImage *picture, const std::string &url,
+                                     const std::string &type) {
+    const auto format = formatOfType(type);
+    if (!format)
+        return cannotWrite(url, "the type " + type + " is not known");
+    const auto flattened = resultImage(picture);
+    if (!flattened)
+        return cannotWrite(url, "there is no picture, or not enough memory");
+    constexpr int32_t kDotsPerInch = 72;
+    return writePicture(url, *format, flattened->view(), {kDotsPerInch, {}});
+}
+
 bool save(const RgbImage *picture, const RgbImage * /*original*/, const std::string &url,
           const std::string &type, const EncodingOptions & /*options*/) {
-    const auto format = formatOfType(type);
-    const auto flattened = resultImage(picture);
-    if (!format || !flattened)
-        return false;
-    constexpr int32_t kDotsPerInch = 72;
-    return !writePicture(url, *format, flattened->view(), {kDotsPerInch, {}});
+    return !savePicture(picture, url, type);
 }
 
 bool saveTIFF(const RgbImage *picture, const RgbImage *original, const std::string &url,

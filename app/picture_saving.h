@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "app/file_error.h"
 #include "app/picture_encoding.h"
 #include "app/pixels.h"
 
@@ -32,6 +33,10 @@ std::optional<RgbaImage> resultImage(const RgbImage *picture);
  */
 bool save(const RgbImage *picture, const RgbImage *original, const std::string &url, const std::string &type,
           const EncodingOptions &options);
+
+/// The same; tells why the file could not be written, or nothing on success.
+std::optional<FileError> savePicture(const RgbImage *picture, const std::string &url,
+                                     const std::string &type);
 
 /**
  * Writes a TIFF file of one picture, or two when an original is given, at 300 dots an inch and compressed as

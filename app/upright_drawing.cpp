@@ -7,6 +7,27 @@
 
 namespace tristop {
 
+AffineTransform uprightTransform(int orientation, double sx, double sy, double W, double H) {
+    switch (orientation) {
+    case 2: // mirrored left to right
+        return {-sx, 0, 0, sy, W, 0};
+    case 3: // turned by a half
+        return {-sx, 0, 0, -sy, W, H};
+    case 4: // mirrored top to bottom
+        return {sx, 0, 0, -sy, 0, H};
+    case 5: // mirrored along the main diagonal
+        return {0, -sx, -sy, 0, H, W};
+    case 6: // turned a quarter clockwise
+        return {0, -sx, sy, 0, 0, W};
+    case 7: // mirrored along the other diagonal
+        return {0, sx, sy, 0, 0, 0};
+    case 8: // turned a quarter counter-clockwise
+        return {0, sx, -sy, 0, H, 0};
+    default:
+        return {sx, 0, 0, sy, 0, 0};
+    }
+}
+
 UprightDrawing::UprightDrawing(const BgrxImage &source, const AffineTransform &transform, int32_t width,
                                int32_t height)
     : source(source.pixels.get()) {

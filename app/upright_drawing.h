@@ -17,6 +17,12 @@ struct AffineTransform {
 };
 
 /**
+ * Turns and mirrors a picture as an EXIF orientation asks, after stretching it by sx and sy to W x H, in
+ * coordinates with the origin at the bottom left and y up. Orientations outside 1 to 8 leave it as it is.
+ */
+AffineTransform uprightTransform(int orientation, double sx, double sy, double W, double H);
+
+/**
  * A stored picture drawn through a transform onto a canvas of width x height pixels, any rows at a time.
  *
  * Coordinates have their origin at the canvas's bottom left corner and y pointing up; the source fills the

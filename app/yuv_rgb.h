@@ -44,11 +44,11 @@ public:
     static PixelBuffer bgraData(const Offscreen *offscreen);
 
     /**
-     * Turns a BGR picture with rows `linebytes` apart into an image with the same row distance and adds its
-     * pixels to `histogramData`. None, with the histogram untouched, when there is not enough memory.
+     * Turns a BGR picture with rows `linebytes` apart into an image, filler 255, and adds its pixels to
+     * `histogramData`. None, with the histogram untouched, when there is not enough memory.
      */
-    static std::optional<RgbImage> bgr2image(const uint8_t *bgr, int64_t width, int64_t height,
-                                             int64_t linebytes, IIHistogramData &histogramData);
+    static std::optional<BgrxImage> bgr2image(const uint8_t *bgr, int64_t width, int64_t height,
+                                              int64_t linebytes, IIHistogramData &histogramData);
 
     /// Wraps a BGRX buffer, such as bgraData gives, without copying it; none for a null buffer.
     static std::optional<BgrxImage> image(PixelBuffer bgrx, int32_t width, int32_t height);

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/picture_levels.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tristop {
+
+namespace {
+
+// Mean of four pixels in each of their four bytes, rounded; two bytes at a time with room for their sums.
+uint32_t meanOfFour(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
+    constexpr uint32_t kBytes = 0x00FF00FF;
+    constexpr uint32_t kHalves = 0x00020002;
+    const uint32_t even = (a & kBytes) + (b & kBytes) + (c & kBytes) + (d & kBytes) + kHalves;
+    const uint32_t odd =
+        ((a >> 8) & kBytes) + ((b >> 8) & kBytes) + ((c >> 8) & kBytes) + ((d >> 8) & kBytes) + kHalves;
+    return ((even >> 2) & kBytes) | (((odd >> 2) & kBytes) << 8);
+}
+
+QImage halved(const QImage &image) {
+    const int width = image.width();
+    QImage half((width + 1) / 2, (image.height() + 1) / 2, image.format());
+    if (half.isNull())
+        return half;
+    for (int y = 0; y < half.height(); ++y) {
+        const int below = std::min(2 * y + 1, image.height() - 1);
+        const auto *upper = reinterpret_cast<const uint32_t *>(image.constScanLine(2 * y));
+        const auto *lower = reinterpret_cast<const uint32_t *>(image.constScanLine(below));
+        auto *row = reinterpret_cast<uint32_t *>(half.scanLine(y));
+        for (int x = 0; x < width / 2; ++x)
+            row[x] = meanOfFour(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);
+        if (width % 2 != 0)
+            row[width / 2] =
+                meanOfFour(upper[width - 1], upper[width - 1], lower[width - 1], lower[width - 1]);
+    }
+    return half;
+}
+
+} // namespace
+
+PictureLevels::PictureLevels(const QImage &picture) {
+    if (!picture.isNull())
+        levels.push_back(picture);
+}
+
+PictureLevels PictureLevels::reduced(const QImage &picture) {
+    const QImage converted = picture.convertToFormat(
+        picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    // Without memory for a conversion the picture itself has to do.
+    if (converted.isNull())
+        return PictureLevels(picture);
+    PictureLevels pyramid(converted);
+    while (pyramid.count() < kCount) {
+        QImage half = halved(pyramid.levels.back());
+        // Without memory for a level the larger ones have to do.
+        if (half.isNull())
+            break;
+        pyramid.levels.push_back(std::move(half));
+    }
+    return pyramid;
+}
+
+size_t PictureLevels::levelFor(double scale) const {
+    size_t index = 0;
+    while (index + 1 < count() && std::ldexp(scale, static_cast<int>(index) + 1) <= 1)
+        ++index;
+    return index;
+}
+
+} // namespace tristop
