@@ -37,14 +37,16 @@ void forgetUnfinished(const char *path) {
 
 /**
  * A new file beside a target. It has no name until it is whole, so that nothing is left of it however the
- * program ends; on file systems that have no such files (NFS, FAT) it has one, and is removed again unless it
- * has been renamed to the target.
+ * program ends. Where there are no such files (on NFS and FAT), or no /proc to name them through, it has
+ * one, and is removed again unless it has been renamed to the target.
  */
 class TemporaryFile {
 public:
     /// In the folder of `target`; on failure file() is null and errno says why.
     explicit TemporaryFile(const std::filesystem::path &target) : target(target) {
-        int descriptor = ::open(target.parent_path().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+        int descriptor = -1;
+        if (::access(kOpenFiles, X_OK) == 0)
+            descriptor = ::open(target.parent_path().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
         if (descriptor < 0)
             descriptor = withFreeName(
                 [](const char *name) { return ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
@@ -92,6 +94,8 @@ public:
     }
 
 private:
+    static constexpr const char *kOpenFiles = "/proc/self/fd/";
+
     /// Calls create(name) with temporary names until one is free. Gives what it returned, below 0 on failure.
     template <typename Create>
     int withFreeName(Create create) {
@@ -112,7 +116,7 @@ private:
     }
 
     bool giveName() {
-        const std::string nameless = "/proc/self/fd/" + std::to_string(::fileno(stream));
+        const std::string nameless = kOpenFiles + std::to_string(::fileno(stream));
         return withFreeName([&](const char *name) {
                    return ::linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW);
                }) >= 0;
