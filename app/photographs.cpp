@@ -89,7 +89,7 @@ std::optional<PhotographError> openPhotographs(const std::array<std::string, 3> 
     MemoryBudget budget(decodingMemory);
     std::array<std::future<bool>, 3> opened;
     for (size_t i = 0; i < paths.size(); ++i)
-        opened[i] = std::async(std::launch::async, [&budget, &photograph = photographs[i]] {
+        opened[i] = std::async([&budget, &photograph = photographs[i]] {
             return budget.run(photograph.decodingBytes(), [&photograph] { return photograph.open(); });
         });
     for (const auto &result : opened)

@@ -39,7 +39,10 @@ public:
                                           : QAccessibleWidget::text(type);
     }
     QVariant currentValue() const override { return slider()->value(); }
-    void setCurrentValue(const QVariant &value) override { slider()->stepTo(value.toInt()); }
+    void setCurrentValue(const QVariant &value) override {
+        if (slider()->isEnabled())
+            slider()->stepTo(value.toInt());
+    }
     QVariant maximumValue() const override { return slider()->maximum(); }
     QVariant minimumValue() const override { return slider()->minimum(); }
     QVariant minimumStepSize() const override { return slider()->singleStep(); }
@@ -125,6 +128,7 @@ int AdjustSlider::valueAt(qreal place) const {
 void AdjustSlider::mousePressEvent(QMouseEvent *event) {
     if (event->button() != Qt::LeftButton)
         return;
+    pause.stop(); // steps just made are told with what comes of this
     const qreal x = event->position().x();
     grabOffset = x - placeOf(value());
     dragged = false;

@@ -17,7 +17,6 @@ namespace {
 void setUp(AdjustSlider &slider, const SliderRange &range) {
     slider.setRange(range.lowest, range.highest);
     slider.setDefaultValue(range.standard);
-    slider.setPageStep((range.highest - range.lowest + 9) / 10);
 }
 
 void setColors(IIRoundedBox &box) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/base_window.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
@@ -8,11 +10,11 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QWindow>
 
 #include "ui/common_define.h"
 #include "ui/logging.h"
-#include "ui/theme.h"
 
 namespace tristop {
 
@@ -87,16 +89,19 @@ bool SLBaseWindow::eventFilter(QObject *watched, QEvent *event) {
     if (watched != windowHandle())
         return QWidget::eventFilter(watched, event);
     switch (event->type()) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick: {
+    case QEvent::MouseButtonPress: {
         const auto *mouse = static_cast<QMouseEvent *>(event);
         const Qt::Edges edges = edgesAt(mouse->position().toPoint());
         if (mouse->button() != Qt::LeftButton || !edges)
             return false;
         drag = Drag{mouse->globalPosition().toPoint(), edges};
-        // A double click on the title strip's own edge is meant for the strip.
-        return event->type() == QEvent::MouseButtonPress;
+        return true;
     }
+    case QEvent::MouseButtonDblClick:
+        // On the title strip's own edge it is meant for the strip; what it maximizes must not be resized by
+        // an unsteady hand.
+        drag.reset();
+        return false;
     case QEvent::MouseMove: {
         const auto *mouse = static_cast<QMouseEvent *>(event);
         if (mouse->buttons() == Qt::NoButton)

@@ -3,7 +3,6 @@
 
 #include <optional>
 
-#include <QPointer>
 #include <QWidget>
 
 class QMenu;

@@ -271,11 +271,14 @@ void IIEditingViewController::post(Action action) {
     QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
 }
 
+void IIEditingViewController::whenIdle(std::function<void()> start) {
+    if (running)
+        nextRuns.push_back(std::move(start));
+    else
+        start();
+}
+
 void IIEditingViewController::startRun(const QString &description, Task task, TaskEnd didEnd) {
-    if (running) {
-        nextRuns.push_back([=, this] { startRun(description, task, didEnd); });
-        return;
-    }
     const uint64_t run = ++lastRun;
     running = run;
     waiting = new MMWaitingWindowController;
@@ -379,10 +382,6 @@ void IIEditingViewController::offerURLs(const QList<QUrl> &urls) {
 }
 
 void IIEditingViewController::openURLs(const QList<QUrl> &urls) {
-    if (running) {
-        qCWarning(lcTristop) << "photographs that came during a run were left alone";
-        return;
-    }
     if (urls.size() != 3) {
         tell(namedError("IDS_TOO_MANY_ERROR", QStringLiteral("%1 photographs were chosen").arg(urls.size())));
         return;
@@ -392,8 +391,10 @@ void IIEditingViewController::openURLs(const QList<QUrl> &urls) {
         paths.append(url.toLocalFile());
     const int thumbnailSide =
         static_cast<int>(std::ceil(IIImageViewController::kLargestSide * devicePixelRatioF()));
-    startRun(localizedText("IDS_MERGING"), [this, bridge = engineController(), paths, thumbnailSide] {
-        return readAndMerge(*bridge, paths, thumbnailSide);
+    whenIdle([this, paths, thumbnailSide] {
+        startRun(localizedText("IDS_MERGING"), [this, bridge = engineController(), paths, thumbnailSide] {
+            return readAndMerge(*bridge, paths, thumbnailSide);
+        });
     });
 }
 

@@ -94,7 +94,8 @@ public:
     /// For photographs that were dropped or named on the command line: the rules of the open panel, then
     /// openURLs. Ignored while a run is underway.
     void offerURLs(const QList<QUrl> &urls);
-    /// Checks the photographs and merges them. The document stays as it is when a check or the merge fails.
+    /// Checks the photographs and merges them, after the run underway if there is one. The document stays as
+    /// it is when a check or the merge fails.
     void openURLs(const QList<QUrl> &urls);
     /// Merges again with other settings.
     void process(int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
@@ -183,6 +184,8 @@ private:
     using TaskEnd = std::function<void(const Failure &failure)>;
 
     // One piece of background work at a time, behind its progress window.
+    /// Calls `start`, which starts a run, now or after the run underway, whose picture it then works with.
+    void whenIdle(std::function<void()> start);
     void startRun(const QString &description, Task task, TaskEnd didEnd = {});
     void endRun(uint64_t run, const Failure &failure, const TaskEnd &didEnd);
     void startNextRun();

@@ -38,11 +38,12 @@ namespace {
 
 /// Why a file could not be written, for the causes that a user can do something about.
 QString writingReason(const FileError &error) {
-    constexpr std::array<std::pair<int, const char *>, 5> kCauses = {{{ENOSPC, "IDS_DISK_FULL"},
+    if (!QFileInfo(QString::fromStdString(error.path)).dir().exists())
+        return localizedText("IDS_FOLDER_GONE");
+    constexpr std::array<std::pair<int, const char *>, 4> kCauses = {{{ENOSPC, "IDS_DISK_FULL"},
                                                                       {EDQUOT, "IDS_DISK_FULL"},
                                                                       {EROFS, "IDS_DISK_READONLY"},
-                                                                      {EACCES, "IDS_NO_PERMISSION"},
-                                                                      {ENOENT, "IDS_FOLDER_GONE"}}};
+                                                                      {EACCES, "IDS_NO_PERMISSION"}}};
     for (const auto &[cause, key] : kCauses)
         if (error.reason == cannotWrite(error.path, errnoMessage(cause)).reason)
             return localizedText(key);
@@ -67,7 +68,7 @@ void keepUntilDestroyed(QObject *dialog, const std::shared_ptr<QPrinter> &printe
 }
 
 /// A new folder for a file that another program is given. It outlives the application, since that program may
-/// read it later; folders of the day before go.
+/// read it later; folders of the day before go. Empty when it cannot be made.
 QString newSharedFolder() {
     const QDir shared(QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + "/shared");
     const QDateTime yesterday = QDateTime::currentDateTime().addDays(-1);
@@ -124,26 +125,29 @@ bool IIEditingViewController::write(QFileDialog *panel, std::function<void(const
         return false;
     const QString type = saveOptionsView->saveUTI();
     const EncodingOptions options = encodingOptions(saveOptionsView->saveOptions());
-    const auto task = [url, type, options, image = picture->image()]() -> Failure {
-        FileError reason;
-        if (save(image, {}, url, type, options, &reason))
-            return std::nullopt;
-        HdrError failure =
-            error(localizedText("IDS_FILE_REASON").arg(QFileInfo(url).fileName(), writingReason(reason)));
-        failure.reason = QString::fromStdString(reason.path + ' ' + reason.reason);
-        return failure;
+    const auto didEnd = [this, url, written = std::move(written),
+                         failed = std::move(failed)](const Failure &failure) {
+        if (!failure) {
+            tell(localizedText("IDS_SAVED_AS").arg(QFileInfo(url).fileName()));
+            written(url);
+            return;
+        }
+        showFailedWarning(localizedText("IDS_SAVE_FAILED"));
+        if (failed)
+            failed();
     };
-    startRun(localizedText("IDS_SAVING"), task,
-             [this, url, written = std::move(written), failed = std::move(failed)](const Failure &failure) {
-                 if (!failure) {
-                     tell(localizedText("IDS_SAVED_AS").arg(QFileInfo(url).fileName()));
-                     written(url);
-                     return;
-                 }
-                 showFailedWarning(localizedText("IDS_SAVE_FAILED"));
-                 if (failed)
-                     failed();
-             });
+    whenIdle([this, url, type, options, didEnd] {
+        const auto task = [url, type, options, image = picture->image()]() -> Failure {
+            FileError reason;
+            if (save(image, {}, url, type, options, &reason))
+                return std::nullopt;
+            HdrError failure =
+                error(localizedText("IDS_FILE_REASON").arg(QFileInfo(url).fileName(), writingReason(reason)));
+            failure.reason = QString::fromStdString(reason.path + ' ' + reason.reason);
+            return failure;
+        };
+        startRun(localizedText("IDS_SAVING"), task, didEnd);
+    });
     return true;
 }
 
@@ -296,12 +300,14 @@ void IIEditingViewController::print() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, this, [this, printer] {
-        startRun(localizedText("IDS_PRINTING"), [printer, image = picture->image()]() -> Failure {
-            if (printPicture(*printer, image))
-                return std::nullopt;
-            HdrError failure = error(localizedText("IDS_PRINT_FAILED"));
-            failure.reason = "the printer does not take the page";
-            return failure;
+        whenIdle([this, printer] {
+            startRun(localizedText("IDS_PRINTING"), [printer, image = picture->image()]() -> Failure {
+                if (printPicture(*printer, image))
+                    return std::nullopt;
+                HdrError failure = error(localizedText("IDS_PRINT_FAILED"));
+                failure.reason = "the printer does not take the page";
+                return failure;
+            });
         });
     });
     dialog->open();
@@ -356,21 +362,21 @@ void IIEditingViewController::withSharedFile(const std::function<void(const QStr
         document.photographs.empty()
             ? QGuiApplication::applicationDisplayName()
             : QFileInfo(QString::fromStdString(document.photographs.front())).completeBaseName();
-    const QString path = newSharedFolder() + '/' + name + "-hdr.jpg";
-    startRun(
-        localizedText("IDS_SHARING"),
-        [path, image = picture->image()]() -> Failure {
-            FileError reason;
-            if (save(image, {}, path, "public.jpeg", {}, &reason))
+    whenIdle([this, use, name] {
+        const QString folder = newSharedFolder(), path = folder + '/' + name + "-hdr.jpg";
+        const auto task = [folder, path, name, image = picture->image()]() -> Failure {
+            FileError reason{name.toStdString(), "cannot be shared: no folder can be made in the cache"};
+            if (!folder.isEmpty() && save(image, {}, path, "public.jpeg", {}, &reason))
                 return std::nullopt;
             HdrError failure = error(localizedText("IDS_SHARE_FAILED"));
             failure.reason = QString::fromStdString(reason.path + ' ' + reason.reason);
             return failure;
-        },
-        [use, path](const Failure &failure) {
+        };
+        startRun(localizedText("IDS_SHARING"), task, [use, path](const Failure &failure) {
             if (!failure)
                 use(path);
         });
+    });
 }
 
 } // namespace tristop

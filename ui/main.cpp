@@ -85,8 +85,10 @@ int main(int argc, char **argv) {
     tristop::IIMainWindow window(commandLine.isGuideWanted());
     tristop::IIAppDelegate delegate;
     delegate.setWindow(&window);
-    QObject::connect(&delegate, &tristop::IIAppDelegate::terminated, &application,
-                     [] { QCoreApplication::exit(0); });
+    QObject::connect(&delegate, &tristop::IIAppDelegate::terminated, &application, [&window] {
+        window.hide(); // work underway may take a while to end
+        QCoreApplication::exit(0);
+    });
     delegate.applicationDidFinishLaunching();
     if (const QList<QUrl> photographs = commandLine.photographs(); !photographs.isEmpty())
         QMetaObject::invokeMethod(

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/main_window.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include <QAction>
@@ -241,6 +242,11 @@ void IIMainWindow::runGuide() {
     if (editing->isRunning()) { // photographs of the command line come first
         connect(editing, &IIEditingViewController::runEnded, this, &IIMainWindow::runGuide,
                 Qt::SingleShotConnection);
+        return;
+    }
+    if (const auto *sheet = qobject_cast<QDialog *>(QApplication::activeModalWidget())) { // one at a time
+        connect(sheet, &QDialog::finished, this, &IIMainWindow::runGuide,
+                static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
         return;
     }
     guide = new GuideWindowController(this);

@@ -3,8 +3,6 @@
 
 #include <cstdint>
 
-#include <QPointer>
-
 #include "ui/base_window.h"
 
 class QAction;

@@ -17,17 +17,14 @@ PageRect pageRect(const QRectF &rect) {
     return {rect.x(), rect.y(), rect.width(), rect.height()};
 }
 
-PageSize paperSize(const QPrinter &printer) {
-    const QSizeF paper = printer.pageLayout().fullRect(QPageLayout::Point).size();
+PageSize paperSize(const QPageLayout &page) {
+    const QSizeF paper = page.fullRect(QPageLayout::Point).size();
     return {paper.width(), paper.height()};
 }
 
-PrintMargins equalMargins(const QPrinter &printer) {
-    QPageLayout layout = printer.pageLayout();
-    layout.setUnits(QPageLayout::Point);
-    const QRectF paper = layout.fullRect();
-    const QMarginsF unprintable = layout.minimumMargins();
-    return printMargins(paperSize(printer), pageRect(paper.marginsRemoved(unprintable)));
+PrintMargins equalMargins(QPageLayout page) {
+    page.setUnits(QPageLayout::Point);
+    return printMargins(paperSize(page), pageRect(page.fullRect().marginsRemoved(page.minimumMargins())));
 }
 
 } // namespace
@@ -45,11 +42,17 @@ void IIPrintView::drawRect(QPainter &painter) const {
     painter.drawImage(QRectF(target.x, target.y, target.width, target.height), picture);
 }
 
+QPageLayout withEqualMargins(QPageLayout page) {
+    page.setUnits(QPageLayout::Point);
+    const PrintMargins margins = equalMargins(page);
+    // Rounding may have made them narrower than the printer needs, and a page refuses such margins.
+    page.setMargins(QMarginsF(margins.horizontal, margins.vertical, margins.horizontal, margins.vertical) |
+                    page.minimumMargins());
+    return page;
+}
+
 void setEqualMargins(QPrinter &printer) {
-    const PrintMargins margins = equalMargins(printer);
-    printer.setPageMargins(
-        QMarginsF(margins.horizontal, margins.vertical, margins.horizontal, margins.vertical),
-        QPageLayout::Point);
+    printer.setPageMargins(withEqualMargins(printer.pageLayout()).margins(), QPageLayout::Point);
 }
 
 bool printPicture(QPrinter &printer, const QImage &picture) {
@@ -59,8 +62,8 @@ bool printPicture(QPrinter &printer, const QImage &picture) {
     QPainter painter;
     if (!painter.begin(&printer))
         return false;
-    const PageSize paper = paperSize(printer);
-    const PrintMargins margins = equalMargins(printer);
+    const PageSize paper = paperSize(printer.pageLayout());
+    const PrintMargins margins = equalMargins(printer.pageLayout());
     painter.scale(printer.logicalDpiX() / kPointsPerInch, printer.logicalDpiY() / kPointsPerInch);
     IIPrintView(QRectF(0, 0, paper.width - 2 * margins.horizontal, paper.height - 2 * margins.vertical),
                 picture)

@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QString>
 
+class QPageLayout;
 class QPainter;
 class QPrinter;
 
@@ -28,7 +29,10 @@ private:
     QImage picture;
 };
 
-/// Gives a printer equal margins on opposite sides, as narrow as it can print on both.
+/// A page with equal margins on opposite sides, as narrow as its printer can print on both, in points.
+QPageLayout withEqualMargins(QPageLayout page);
+
+/// Gives a printer's page equal margins.
 void setEqualMargins(QPrinter &printer);
 
 /// Prints a picture on one page with the printer's settings. False when the printer does not take it.

@@ -24,7 +24,7 @@ IISaveViewController::IISaveViewController(QWidget *parent)
     ui->qualityLabel->setText(localizedText("IDS_SAVE_QUALITY"));
     ui->compressionLabel->setText(localizedText("IDS_SAVE_COMPRESSION"));
     ui->standardField->setText(localizedText("IDS_SAVE_STANDARD"));
-    for (const SaveType &type : SaveOptions::saveTypes())
+    for (const SaveType &type : saveTypes())
         ui->typeButn->addItem(type.localized, QString(type.uti));
     ui->compressionButn->addItem(localizedText("IDS_SAVE_UNCOMPRESSED"),
                                  qlonglong{SaveOptions::kNoCompression});
@@ -36,7 +36,7 @@ IISaveViewController::IISaveViewController(QWidget *parent)
             [this](int percent) { setSaveQuality(static_cast<float>(percent) / 100); });
     connect(ui->compressionButn, &QComboBox::currentIndexChanged, this,
             [this] { setSaveCompression(ui->compressionButn->currentData().toLongLong()); });
-    setSaveType(options.saveTypes().front().uti);
+    setSaveType(saveTypes().front().uti);
     setFixedHeight(kViewHeight);
 }
 
@@ -44,7 +44,7 @@ IISaveViewController::~IISaveViewController() = default;
 
 QStringList IISaveViewController::writableTypes() {
     QStringList types;
-    for (const SaveType &type : SaveOptions::saveTypes())
+    for (const SaveType &type : saveTypes())
         types.append(type.uti);
     return types;
 }

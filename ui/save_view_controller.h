@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include <QPointer>
 #include <QStringList>
@@ -45,6 +46,8 @@ public:
     void setSaveQuality(float quality) { setJpegQuality(quality); }
     int64_t saveCompression() const { return options.saveCompression(); }
     void setSaveCompression(int64_t compression) { setTiffCompression(compression); }
+    /// The types that can be chosen, in the order of the menu.
+    static std::span<const SaveType> saveTypes() { return SaveOptions::saveTypes(); }
     static QStringList writableTypes();
 
     /// Back to PNG, 0.9 and no compression.

@@ -61,6 +61,7 @@ QPushButton:hover { background: %controlHover%; }
 QPushButton:pressed { background: %panel%; }
 QPushButton:default { background: %selection%; border-color: %accent%; color: white; }
 QPushButton:default:hover { background: %selectionHover%; }
+QPushButton:default:pressed { background: %panel%; }
 QPushButton:disabled { background: %panel%; color: %disabledText%; border-color: %line%; }
 QPushButton:focus { border: 2px solid %accent%; padding: 4px 13px; }
 QPushButton:default:focus { border-color: white; }

@@ -135,5 +135,31 @@ TEST(HistogramTest, countsPixelsAndWidensThem) {
     EXPECT_FALSE(CBYUVRGB::image(nullptr, 1, 1));
 }
 
+TEST(HistogramTest, countsEveryPixelOnceAtAnySize) {
+    for (const auto &[width, height] : {std::pair{1, 1}, {1, 2}, {3, 1}, {5, 7}, {17, 33}, {100, 101}}) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        const int lineBytes = bgrLineBytes(width);
+        std::vector<uint8_t> bgr(static_cast<size_t>(lineBytes) * static_cast<size_t>(height));
+        for (size_t i = 0; i < bgr.size(); ++i)
+            bgr[i] = static_cast<uint8_t>(i * i / 7);
+        IIHistogramData expected, histogram;
+        std::vector<uint8_t> bgrx;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const uint8_t *pixel = bgr.data() + y * lineBytes + 3 * x;
+                bgrx.insert(bgrx.end(), {pixel[0], pixel[1], pixel[2], 255});
+                expected.max = std::max({expected.max, ++expected.bData[pixel[0]], ++expected.gData[pixel[1]],
+                                         ++expected.rData[pixel[2]]});
+            }
+        const auto image = CBYUVRGB::bgr2image(bgr.data(), width, height, lineBytes, histogram);
+        ASSERT_TRUE(image);
+        EXPECT_TRUE(std::equal(bgrx.begin(), bgrx.end(), image->pixels.get()));
+        EXPECT_EQ(histogram.bData, expected.bData);
+        EXPECT_EQ(histogram.gData, expected.gData);
+        EXPECT_EQ(histogram.rData, expected.rData);
+        EXPECT_EQ(histogram.max, expected.max);
+    }
+}
+
 } // namespace
 } // namespace tristop

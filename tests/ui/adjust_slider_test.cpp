@@ -31,6 +31,9 @@ protected:
         QApplication::sendEvent(slider, &event);
         return event.isAccepted();
     }
+    bool waitUntilSettled(int times) {
+        return QTest::qWaitFor([&] { return settled.count() == times; });
+    }
     void waitForPause() { QTest::qWait(AdjustSlider::kPauseMilliseconds + 100); }
 
     QWidget window;
@@ -63,19 +66,26 @@ TEST_F(AdjustSliderTest, TellsOfStepsOnceAfterAPause) {
     EXPECT_TRUE(turnWheel(120));
     EXPECT_EQ(slider->value(), 48);
     EXPECT_EQ(settled.count(), 0);
-    waitForPause();
-    EXPECT_EQ(settled.count(), 1);
+    EXPECT_TRUE(waitUntilSettled(1));
 
     QTest::mouseClick(slider, Qt::LeftButton, {}, at(80));
     EXPECT_EQ(slider->value(), 80);
     EXPECT_EQ(settled.count(), 1);
-    waitForPause();
-    EXPECT_EQ(settled.count(), 2);
+    EXPECT_TRUE(waitUntilSettled(2));
 
     // A touchpad's small angles add up to a step.
     for (int i = 0; i < 4; i++)
         turnWheel(-30);
     EXPECT_EQ(slider->value(), 79);
+}
+
+TEST_F(AdjustSliderTest, WaitsForTheMouseAfterAStep) {
+    QTest::keyClick(slider, Qt::Key_Right);
+    QTest::mousePress(slider, Qt::LeftButton, {}, at(46));
+    waitForPause();
+    EXPECT_EQ(settled.count(), 0);
+    QTest::mouseRelease(slider, Qt::LeftButton, {}, at(46));
+    EXPECT_TRUE(waitUntilSettled(1));
 }
 
 TEST_F(AdjustSliderTest, LeavesTheWheelToThePanelWithoutFocus) {
@@ -121,8 +131,11 @@ TEST_F(AdjustSliderTest, CountsAssistiveTechnologyAsTheUser) {
     accessible->valueInterface()->setCurrentValue(50);
     EXPECT_EQ(accessible->text(QAccessible::Value), "50");
     EXPECT_EQ(moved.count(), 1);
-    waitForPause();
-    EXPECT_EQ(settled.count(), 1);
+    EXPECT_TRUE(waitUntilSettled(1));
+
+    slider->setEnabled(false);
+    accessible->valueInterface()->setCurrentValue(60);
+    EXPECT_EQ(slider->value(), 50);
 }
 
 } // namespace

@@ -279,6 +279,25 @@ TEST_F(EditingTest, appliesTheLatestOfSeveralQuickChanges) {
     EXPECT_FALSE(controller->isRunning());
 }
 
+TEST_F(EditingTest, savesAndOpensAfterTheRunUnderway) {
+    open();
+    const QImage before = picture();
+    controller->saveAs();
+    controller->engineSettingsChanged(100, 40, 10, 6); // a slider's step, told while the panel is shown
+    saveAs(file("new.png"));
+    EXPECT_NE(picture(), before);
+    EXPECT_EQ(largestDifference(QImage(file("new.png")), picture()), 0) << "the picture that is shown";
+    EXPECT_FALSE(controller->needSave());
+
+    controller->engineSettingsChanged(45, 40, 10, 6);
+    QList<QUrl> urls = bracketFiles();
+    std::swap(urls[0], urls[2]);
+    controller->openURLs(urls);
+    waitForIdle();
+    IIAdjustViewController &side = *controller->adjustViewController();
+    EXPECT_GT(brightness(thumbnail(side.leftImageView())), brightness(thumbnail(side.rightImageView())));
+}
+
 TEST_F(EditingTest, endsCleanlyDuringARun) {
     open();
     controller->engineSettingsChanged(80, 40, 10, 6);
@@ -468,7 +487,7 @@ TEST_F(EditingTest, tellsOfAFailedSaveAndKeepsThePicture) {
     waitForIdle();
     ASSERT_NE(sheet(), nullptr);
     EXPECT_EQ(sheet()->warningMessage(), localizedText("IDS_SAVE_FAILED"));
-    EXPECT_TRUE(told.startsWith("picture.png: ")) << told.toStdString();
+    EXPECT_EQ(told, "picture.png: " + localizedText("IDS_FOLDER_GONE")) << told.toStdString();
     EXPECT_TRUE(controller->needSave());
     sheet()->ok();
 

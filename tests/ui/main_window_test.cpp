@@ -93,6 +93,18 @@ TEST_F(MainWindowTest, ShowsTheGuideOnlyWhenAskedForAndAllowed) {
     EXPECT_FALSE(isShown(true));
 }
 
+TEST_F(MainWindowTest, ShowsTheGuideAfterAnotherSheet) {
+    IIMainWindow window(true);
+    window.show();
+    window.editingViewController()->offerURLs({}); // refused with a sheet
+    QTest::qWait(700);
+    auto *refusal = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+    ASSERT_NE(refusal, nullptr);
+    EXPECT_EQ(window.guideWindowController(), nullptr);
+    refusal->reject();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.guideWindowController() != nullptr; }));
+}
+
 TEST_F(MainWindowTest, SetsTheGuideFlagInTheHelpMenu) {
     IIMainWindow window;
     QAction *show = item(window, "showGuideMenuItem");

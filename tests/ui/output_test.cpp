@@ -2,7 +2,7 @@
 // Pages, shared files and the open panel's rules.
 #include <QDBusContext>
 #include <QDBusServer>
-#include <QElapsedTimer>
+#include <QPageLayout>
 #include <QPainter>
 #include <QPrinter>
 #include <QSignalSpy>
@@ -32,6 +32,17 @@ TEST(PrintViewTest, drawsThePictureInTheMiddle) {
         EXPECT_EQ(page.pixelColor(inside), QColor(Qt::red));
     for (const QPoint outside : {QPoint(9, 50), QPoint(90, 50), QPoint(50, 29), QPoint(50, 70), QPoint(5, 5)})
         EXPECT_EQ(page.pixelColor(outside), QColor(Qt::white));
+}
+
+TEST(PrintViewTest, givesThePageEqualMargins) {
+    // 12.24 in single precision is less than 12.24.
+    const QPageLayout page(QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(50, 50, 50, 50),
+                           QPageLayout::Point, QMarginsF(12.24, 8, 10, 30.1));
+    const QMarginsF margins = withEqualMargins(page).margins();
+    EXPECT_NEAR(margins.left(), 12.24, 1e-5);
+    EXPECT_NEAR(margins.right(), 12.24, 1e-5);
+    EXPECT_NEAR(margins.top(), 30.1, 1e-5);
+    EXPECT_NEAR(margins.bottom(), 30.1, 1e-5);
 }
 
 TEST(PrintViewTest, printsOnOnePage) {
@@ -107,8 +118,6 @@ TEST_F(SharingTest, startsACommandWhereAServiceRefusesOrKeepsSilent) {
     for (const auto manner : {Desktop::Manner::Refuses, Desktop::Manner::KeepsSilent}) {
         launched.clear();
         desktop.manner = manner;
-        QElapsedTimer watch;
-        watch.start();
         sharing.showInFolder("/pictures/a b.png");
         EXPECT_TRUE(launched.isEmpty());
         ASSERT_TRUE(QTest::qWaitFor([this] { return !launched.isEmpty(); }));
