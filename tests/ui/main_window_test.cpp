@@ -79,18 +79,19 @@ TEST_F(MainWindowTest, QuitsInsteadOfClosing) {
 }
 
 TEST_F(MainWindowTest, ShowsTheGuideOnlyWhenAskedForAndAllowed) {
-    const auto isShown = [](bool wanted) {
+    const auto isShownWithin = [](int milliseconds, bool wanted) {
         IIMainWindow window(wanted);
         window.show();
-        QTest::qWait(700);
-        return window.guideWindowController() && window.guideWindowController()->isVisible();
+        return QTest::qWaitFor(
+            [&] { return window.guideWindowController() && window.guideWindowController()->isVisible(); },
+            milliseconds);
     };
-    EXPECT_FALSE(isShown(false));
+    EXPECT_FALSE(isShownWithin(700, false));
     EXPECT_FALSE(QSettings().contains("NSGuide"));
-    EXPECT_TRUE(isShown(true));
+    EXPECT_TRUE(isShownWithin(5000, true));
     EXPECT_TRUE(QSettings().value("NSGuide").toBool());
     GuideWindowController::setShowGuide(false);
-    EXPECT_FALSE(isShown(true));
+    EXPECT_FALSE(isShownWithin(700, true));
 }
 
 TEST_F(MainWindowTest, ShowsTheGuideAfterAnotherSheet) {
