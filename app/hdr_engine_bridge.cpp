@@ -2,12 +2,12 @@
 #include "app/hdr_engine_bridge.h"
 
 #include <algorithm>
-#include <cstring>
 #include <future>
 #include <utility>
 
 #include <libyuv.h>
 
+#include "app/bands.h"
 #include "app/yuv_rgb.h"
 
 namespace tristop {
@@ -28,10 +28,10 @@ HdrStatus createContext(Context &context) {
     return status;
 }
 
-/// A copy of the inputs, which are the engine's working space; puts them back when it goes.
-class InputBackup {
+/// A copy of the inputs for the engine, whose working space they are.
+class WorkingInputs {
 public:
-    explicit InputBackup(EngineInputs &inputs) : inputs(inputs), copies(inputs) {
+    explicit WorkingInputs(const EngineInputs &inputs) : copies(inputs) {
         for (size_t i = 0; i < inputs.size(); ++i) {
             std::fill(std::begin(copies[i].ppu8Plane), std::end(copies[i].ppu8Plane), nullptr);
             if (inputs[i].ppu8Plane[0] == nullptr)
@@ -40,14 +40,14 @@ public:
             CBYUVRGB::copyOffscreen(inputs[i], copies[i]);
         }
     }
-    ~InputBackup() {
-        for (size_t i = 0; i < inputs.size(); ++i) {
-            CBYUVRGB::copyOffscreen(copies[i], inputs[i]);
-            CBYUVRGB::releaseOffscreen(&copies[i]);
-        }
+    ~WorkingInputs() {
+        for (Offscreen &copy : copies)
+            CBYUVRGB::releaseOffscreen(&copy);
     }
-    InputBackup(const InputBackup &) = delete;
-    InputBackup &operator=(const InputBackup &) = delete;
+    WorkingInputs(const WorkingInputs &) = delete;
+    WorkingInputs &operator=(const WorkingInputs &) = delete;
+
+    EngineInputs &pictures() { return copies; }
 
     bool complete() const {
         return std::ranges::all_of(copies,
@@ -55,7 +55,6 @@ public:
     }
 
 private:
-    EngineInputs &inputs;
     EngineInputs copies;
 };
 
@@ -88,35 +87,37 @@ void IHDREngine::stepEnded(const HdrContext *context, int32_t step, void *userDa
     static_cast<const IHDREngine *>(userData)->stepObserver(*context, step);
 }
 
-void IHDREngine::run(EngineInputs &inputs, int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
-                     int32_t ghostSuppressionLevel, const CompletionHandler &completionHandler) {
+void IHDREngine::run(const EngineInputs &inputs, int64_t toneLength, int64_t birghtness,
+                     int64_t toneSaturation, int32_t ghostSuppressionLevel,
+                     const CompletionHandler &completionHandler) {
     lastRunInfo = {};
     lastStatus =
         merge(inputs, {toneLength, birghtness, toneSaturation}, ghostSuppressionLevel, completionHandler);
 }
 
-HdrStatus IHDREngine::merge(EngineInputs &inputs, const HdrParams &parameters, int32_t ghostSuppressionLevel,
-                            const CompletionHandler &completionHandler) {
+HdrStatus IHDREngine::merge(const EngineInputs &inputs, const HdrParams &parameters,
+                            int32_t ghostSuppressionLevel, const CompletionHandler &completionHandler) {
     if (std::ranges::any_of(inputs, [](const Offscreen &input) { return input.ppu8Plane[0] == nullptr; }))
         return HDR_ERR_PARAM;
     Context context;
     if (const HdrStatus status = createContext(context); status != HDR_OK)
         return status;
-    const InputBackup backup(inputs);
-    if (!backup.complete())
+    WorkingInputs working(inputs);
+    if (!working.complete())
         return HDR_ERR_NOMEM;
 
     constexpr int32_t kOutputIndex = 2;
+    EngineInputs &pictures = working.pictures();
     hdrSetGhostSuppressionLevel(nullptr, context.get(), ghostSuppressionLevel);
     if (stepObserver)
         hdrSetStepObserver(context.get(), &IHDREngine::stepEnded, this);
     const HdrStatus status =
-        hdrProcess(nullptr, context.get(), inputs.data(), static_cast<int32_t>(inputs.size()), inputs.data(),
-                   kOutputIndex, &parameters, nullptr, &IHDREngine::progress, this);
+        hdrProcess(nullptr, context.get(), pictures.data(), static_cast<int32_t>(pictures.size()),
+                   pictures.data(), kOutputIndex, &parameters, nullptr, &IHDREngine::progress, this);
     hdrGetRunInfo(context.get(), &lastRunInfo);
     if (status != HDR_OK)
         return status;
-    const Offscreen &merged = inputs[kOutputIndex];
+    const Offscreen &merged = pictures[kOutputIndex];
     const PixelBuffer bgrx = CBYUVRGB::bgraData(&merged);
     if (!bgrx)
         return HDR_ERR_NOMEM;
@@ -173,7 +174,10 @@ PixelBuffer IHDREngineController::bgra2bgr(const uint8_t *source, int32_t width,
     const int32_t bgrStride = bgrLineBytes(width);
     PixelBuffer bgr = allocPixels(static_cast<size_t>(bgrStride) * static_cast<size_t>(height));
     if (bgr)
-        libyuv::ARGBToRGB24(source, lineBytes, bgr.get(), bgrStride, width, height);
+        forEachBand(height, [&](int64_t first, int64_t end) {
+            libyuv::ARGBToRGB24(source + first * lineBytes, lineBytes, bgr.get() + first * bgrStride,
+                                bgrStride, width, static_cast<int>(end - first));
+        });
     return bgr;
 }
 
@@ -246,7 +250,7 @@ void IHDREngineController::run(int32_t lomoStyle, LomoLensRGB lomoLensColor, int
     const size_t bytes = static_cast<size_t>(kept.imageHeight) * static_cast<size_t>(kept.imageLineBytes);
     PixelBuffer copy = kept.imageData ? allocPixels(bytes) : nullptr;
     if (copy)
-        std::memcpy(copy.get(), kept.imageData.get(), bytes);
+        copyInBands(copy.get(), kept.imageData.get(), bytes);
     lomo->runLomo(copy.get(), kept.imageWidth, kept.imageHeight, kept.imageLineBytes);
     completionHandler(std::move(copy), kept.imageWidth, kept.imageHeight, 0);
 }

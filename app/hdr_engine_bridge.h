@@ -44,7 +44,7 @@ public:
      * be empty, is called before the call returns, and only when there is a picture; status() tells of
      * failures.
      */
-    void run(EngineInputs &inputs, int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
+    void run(const EngineInputs &inputs, int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
              int32_t ghostSuppressionLevel, const CompletionHandler &completionHandler);
 
     /// Result of the latest run; HDR_ERR_PARAM before the first.
@@ -53,7 +53,7 @@ public:
     const HdrRunInfo &runInfo() const { return lastRunInfo; }
 
 private:
-    HdrStatus merge(EngineInputs &inputs, const HdrParams &parameters, int32_t ghostSuppressionLevel,
+    HdrStatus merge(const EngineInputs &inputs, const HdrParams &parameters, int32_t ghostSuppressionLevel,
                     const CompletionHandler &completionHandler);
     static int64_t progress(int64_t percentage, int64_t reserved, void *engine);
     static void stepEnded(const HdrContext *context, int32_t step, void *engine);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/art_table.h"
+#include "app/bands.h"
 
 namespace tristop {
 namespace {
@@ -25,16 +26,18 @@ int32_t wrapAdd(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-/// Calls change(pixel, x, y) for every pixel; false for a null picture.
+/// Calls change(pixel, x, y) for every pixel, on several threads; false for a null picture.
 template <typename Change>
 bool forEachPixel(uint8_t *bgr, int32_t width, int32_t height, int32_t lineBytes, Change change) {
     if (bgr == nullptr)
         return false;
-    for (int32_t y = 0; y < height; ++y) {
-        uint8_t *pixel = bgr + static_cast<ptrdiff_t>(y) * lineBytes;
-        for (int32_t x = 0; x < width; ++x, pixel += 3)
-            change(pixel, x, y);
-    }
+    forEachBand(height, [=](int64_t first, int64_t end) {
+        for (auto y = static_cast<int32_t>(first); y < end; ++y) {
+            uint8_t *pixel = bgr + static_cast<ptrdiff_t>(y) * lineBytes;
+            for (int32_t x = 0; x < width; ++x, pixel += 3)
+                change(pixel, x, y);
+        }
+    });
     return true;
 }
 

@@ -17,9 +17,7 @@ struct FreeDeleter {
 using PixelBuffer = std::unique_ptr<uint8_t[], FreeDeleter>;
 
 /// A zeroed block of `bytes` bytes, or null when there is not enough memory.
-inline PixelBuffer allocPixels(size_t bytes) {
-    return PixelBuffer(static_cast<uint8_t *>(std::calloc(bytes > 0 ? bytes : 1, 1)));
-}
+PixelBuffer allocPixels(size_t bytes);
 
 /// `value` rounded up to a multiple of four.
 constexpr int32_t roundUpTo4(int32_t value) {

@@ -2,13 +2,12 @@
 #include "app/yuv_rgb.h"
 
 #include <algorithm>
-#include <cstring>
-#include <future>
 #include <limits>
-#include <thread>
-#include <vector>
+#include <mutex>
 
 #include <libyuv.h>
+
+#include "app/bands.h"
 
 namespace tristop {
 namespace {
@@ -111,7 +110,7 @@ void CBYUVRGB::copyOffscreen(const Offscreen &source, Offscreen &dstOffscreen) {
     dstOffscreen.i32Width = source.i32Width;
     dstOffscreen.i32Height = source.i32Height;
     dstOffscreen.pi32Pitch[0] = source.pi32Pitch[0];
-    std::memcpy(dstOffscreen.ppu8Plane[0], source.ppu8Plane[0], pixelBytes(source));
+    copyInBands(dstOffscreen.ppu8Plane[0], source.ppu8Plane[0], pixelBytes(source));
     if (format == HDR_FORMAT_NV21) {
         dstOffscreen.pi32Pitch[1] = source.pi32Pitch[1];
         dstOffscreen.ppu8Plane[1] = dstOffscreen.ppu8Plane[0] + pixelCount(source);
@@ -135,7 +134,10 @@ PixelBuffer CBYUVRGB::bgraData(const Offscreen *offscreen) {
                            width, height);
         break;
     case HDR_FORMAT_YUY2:
-        libyuv::YUY2ToARGB(plane[0], pitch[0], bgrx.get(), lineBytes, width, height);
+        forEachBand(height, [&](int64_t first, int64_t end) {
+            libyuv::YUY2ToARGB(plane[0] + first * pitch[0], pitch[0], bgrx.get() + first * lineBytes,
+                               lineBytes, width, static_cast<int>(end - first));
+        });
         break;
     default:
         break;
@@ -149,19 +151,14 @@ std::optional<BgrxImage> CBYUVRGB::bgr2image(const uint8_t *bgr, int64_t width, 
     image.pixels = allocPixels(image.lineBytes() * static_cast<size_t>(height));
     if (!image.pixels)
         return std::nullopt;
-    // In bands side by side: the picture waits for this before it is shown.
-    const int64_t bands = std::max(1U, std::thread::hardware_concurrency());
-    const auto bandEdge = [&](int64_t band) { return height * band / bands; };
-    std::vector<std::future<IIHistogramData>> parts;
-    for (int64_t band = 0; band < bands; ++band)
-        parts.push_back(std::async([&, first = bandEdge(band), end = bandEdge(band + 1)] {
-            IIHistogramData counts;
-            widenAndCount(bgr + first * linebytes, linebytes, image.pixels.get() + first * 4 * width,
-                          image.width, end - first, counts);
-            return counts;
-        }));
-    for (std::future<IIHistogramData> &part : parts)
-        add(part.get(), histogramData);
+    std::mutex adding;
+    forEachBand(height, [&](int64_t first, int64_t end) {
+        IIHistogramData counts;
+        widenAndCount(bgr + first * linebytes, linebytes, image.pixels.get() + first * 4 * width, image.width,
+                      end - first, counts);
+        const std::scoped_lock lock(adding);
+        add(counts, histogramData);
+    });
     return image;
 }
 

@@ -454,6 +454,11 @@
         <extracomment>status line; %1 is a file</extracomment>
         <translation>Saved as %1</translation>
     </message>
+    <message id="IDS_RESCUED">
+        <source>The unsaved picture was rescued: %1</source>
+        <extracomment>status line at the next start, and on the terminal; %1 is a file</extracomment>
+        <translation>The unsaved picture was rescued: %1</translation>
+    </message>
     <message id="IDS_SAVE_OVER_PHOTOGRAPH">
         <source>This is one of the three photographs. Choose another name.</source>
         <extracomment>alert on the save panel</extracomment>

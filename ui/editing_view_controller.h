@@ -141,6 +141,9 @@ public:
     /// Whether a command, by its operation's name ("saveAs:"), is enabled.
     bool validateUserInterfaceItem(const char *action) const;
 
+    /// Says something on the status line.
+    void tell(const QString &text);
+
     // Zoom.
 
     void zoomFit();
@@ -195,7 +198,6 @@ private:
     void placeViews();
     void showTexts();
     void updateControls();
-    void tell(const QString &text);
     void tell(const HdrError &error);
 
     void runOpenPanel();

@@ -10,9 +10,12 @@
 
 #include "ui/app_delegate.h"
 #include "ui/editing_view_controller.h"
+#include "ui/ending_signals.h"
+#include "ui/image_view.h"
 #include "ui/localized_text.h"
 #include "ui/logging.h"
 #include "ui/main_window.h"
+#include "ui/picture_rescue.h"
 #include "ui/theme.h"
 
 namespace {
@@ -82,6 +85,7 @@ int main(int argc, char **argv) {
             qCDebug(tristop::lcTristop).noquote() << "focus on" << widget->objectName();
     });
 
+    tristop::PictureRescue rescue; // outlives what tells it of the picture
     tristop::IIMainWindow window(commandLine.isGuideWanted());
     tristop::IIAppDelegate delegate;
     delegate.setWindow(&window);
@@ -89,7 +93,21 @@ int main(int argc, char **argv) {
         window.hide(); // work underway may take a while to end
         QCoreApplication::exit(0);
     });
+    const tristop::IIEditingViewController &editing = *window.editingViewController();
+    QObject::connect(&editing, &tristop::IIEditingViewController::userInterfaceStateChanged, &application,
+                     [&editing, &rescue] {
+                         rescue.setUnsavedPicture(editing.needSave() ? editing.imageView()->image()
+                                                                     : QImage());
+                     });
+    const tristop::EndingSignals endingSignals;
+    QObject::connect(&endingSignals, &tristop::EndingSignals::received, &application, [&rescue](int signal) {
+        rescue.rescue();
+        QCoreApplication::exit(128 + signal); // as a shell reports it
+    });
     delegate.applicationDidFinishLaunching();
+    qCDebug(tristop::lcTristop).noquote() << "window on" << QGuiApplication::platformName();
+    if (const QString rescued = rescue.takeRescued(); !rescued.isEmpty())
+        window.editingViewController()->tell(tristop::localizedText("IDS_RESCUED").arg(rescued));
     if (const QList<QUrl> photographs = commandLine.photographs(); !photographs.isEmpty())
         QMetaObject::invokeMethod(
             &window, [&window, photographs] { window.editingViewController()->offerURLs(photographs); },

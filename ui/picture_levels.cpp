@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "app/bands.h"
+
 namespace tristop {
 
 namespace {
@@ -23,17 +25,22 @@ QImage halved(const QImage &image) {
     QImage half((width + 1) / 2, (image.height() + 1) / 2, image.format());
     if (half.isNull())
         return half;
-    for (int y = 0; y < half.height(); ++y) {
+    uchar *const rows = half.bits();
+    const auto halve = [&](int y) {
         const int below = std::min(2 * y + 1, image.height() - 1);
         const auto *upper = reinterpret_cast<const uint32_t *>(image.constScanLine(2 * y));
         const auto *lower = reinterpret_cast<const uint32_t *>(image.constScanLine(below));
-        auto *row = reinterpret_cast<uint32_t *>(half.scanLine(y));
+        auto *row = reinterpret_cast<uint32_t *>(rows + y * half.bytesPerLine());
         for (int x = 0; x < width / 2; ++x)
             row[x] = meanOfFour(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);
         if (width % 2 != 0)
             row[width / 2] =
                 meanOfFour(upper[width - 1], upper[width - 1], lower[width - 1], lower[width - 1]);
-    }
+    };
+    forEachBand(half.height(), [&](int64_t first, int64_t end) {
+        for (auto y = static_cast<int>(first); y < end; ++y)
+            halve(y);
+    });
     return half;
 }
 
