@@ -98,6 +98,13 @@ public:
         return std::chrono::duration<double, std::milli>(watch.time() - start).count();
     }
 
+    /// Lets everything end that follows a picture.
+    void rest() {
+        const auto start = Clock::now();
+        while (millisecondsSince(start) < 500)
+            QApplication::processEvents(QEventLoop::AllEvents, 100);
+    }
+
     /// The engine's own time of the latest merge.
     double mergeTime() {
         const int64_t *steps = editing().engineController()->meEngine()->runInfo().stepMicroseconds;
@@ -179,6 +186,7 @@ void measureMemory(Session &session, int merges) {
         session.drag(slider, merge % 2 == 0 ? 0.3 : 0.7);
         for (const int told : {1, 10, 20, 50, 100, 150, merges})
             if (merge == told) {
+                session.rest();
                 std::printf("  after %4d merges %8.1f MiB\n", merge, memory("VmRSS"));
                 std::fflush(stdout);
                 break;
