@@ -76,15 +76,20 @@ Sharing::Sharing(const QDBusConnection &bus, Launcher launcher, int timeoutMilli
 
 void Sharing::sendByEmail(const QString &path) {
     const QString name = QFileInfo(path).fileName();
-    callPortal(
-        "org.freedesktop.portal.Email", "ComposeEmail", {},
-        {{"subject", name}, {"attachment_fds", QVariant::fromValue(FileDescriptors{openForReading(path)})}},
-        {"xdg-email", {"--subject", name, "--attach", path}});
+    const QDBusUnixFileDescriptor file = openForReading(path);
+    if (!file.isValid())
+        return fail("cannot open " + path);
+    callPortal("org.freedesktop.portal.Email", "ComposeEmail", {},
+               {{"subject", name}, {"attachment_fds", QVariant::fromValue(FileDescriptors{file})}},
+               {"xdg-email", {"--subject", name, "--attach", path}});
 }
 
 void Sharing::openWithProgram(const QString &path) {
-    callPortal("org.freedesktop.portal.OpenURI", "OpenFile", {QVariant::fromValue(openForReading(path))},
-               {{"ask", true}}, {"xdg-open", {path}});
+    const QDBusUnixFileDescriptor file = openForReading(path);
+    if (!file.isValid())
+        return fail("cannot open " + path);
+    callPortal("org.freedesktop.portal.OpenURI", "OpenFile", {QVariant::fromValue(file)}, {{"ask", true}},
+               {"xdg-open", {path}});
 }
 
 void Sharing::showInFolder(const QString &path) {
@@ -121,9 +126,12 @@ void Sharing::call(const QDBusMessage &message, const Command &instead, QObject 
 }
 
 void Sharing::launch(const Command &command) {
-    if (launcher(command.program, command.arguments))
-        return;
-    qCWarning(lcTristop) << "cannot start" << command.program;
+    if (!launcher(command.program, command.arguments))
+        fail("cannot start " + command.program);
+}
+
+void Sharing::fail(const QString &reason) {
+    qCWarning(lcTristop).noquote() << reason;
     emit failed();
 }
 

@@ -54,6 +54,7 @@ private:
     void callPortal(const char *interface, const char *method, const QVariantList &arguments,
                     QVariantMap options, const Command &instead);
     void launch(const Command &command);
+    void fail(const QString &reason);
 
     QDBusConnection bus;
     Launcher launcher;
