@@ -32,15 +32,28 @@ std::unique_ptr<LibRaw> makeDecoder() {
 }
 
 /**
- * A file's content as LibRaw reads it. LibRaw silently passes over parts that do not even begin as they
- * should, and leaves their readings as the heap had them; so these are cleared when it first turns to them,
- * once clearsReadings is set.
+ * A stream as LibRaw reads it, with a guard against two of its faults. It appends words of its own to a
+ * camera's names in their place, whether or not they fit: names are cut short of theirs. And it silently
+ * passes over parts that do not even begin as they should, and leaves their readings as the heap had them:
+ * these are cleared when it first turns to them, once clearsReadings is set.
  */
-class Content : public LibRaw_buffer_datastream {
+template <typename Stream>
+class GuardedStream : public Stream {
 public:
-    Content(std::span<const uint8_t> file, libraw_data_t &decoded)
-        : LibRaw_buffer_datastream(const_cast<uint8_t *>(file.data()), file.size()), // only reads it
-          decoded(decoded) {}
+    template <typename... Source>
+    explicit GuardedStream(libraw_data_t &decoded, Source... source) : Stream(source...), decoded(decoded) {}
+
+    int read(void *target, size_t size, size_t count) override {
+        const int result = Stream::read(target, size, count);
+        cutName(target);
+        return result;
+    }
+
+    char *gets(char *target, int size) override {
+        char *const result = Stream::gets(target, size);
+        cutName(target);
+        return result;
+    }
 
     int seek(INT64 offset, int origin) override {
         uint16_t *const readings = decoded.rawdata.raw_image;
@@ -48,19 +61,27 @@ public:
             std::fill_n(readings, size_t{decoded.sizes.raw_width} * decoded.sizes.raw_height, uint16_t{0});
             clearsReadings = false;
         }
-        return LibRaw_buffer_datastream::seek(offset, origin);
+        return Stream::seek(offset, origin);
     }
 
     bool clearsReadings = false;
 
 private:
+    void cutName(const void *target) {
+        constexpr size_t kLongestName = 40; // of 63; cameras' own take about half of it
+        for (char *const name : {decoded.idata.make, decoded.idata.model, decoded.color.UniqueCameraModel})
+            if (target == name)
+                name[kLongestName] = '\0';
+    }
+
     libraw_data_t &decoded;
 };
 
 /// LibRaw over a file's content, which must stay.
 class Decoder {
 public:
-    explicit Decoder(std::span<const uint8_t> file) : content(file, decoder->imgdata) {}
+    explicit Decoder(std::span<const uint8_t> file)
+        : content(decoder->imgdata, const_cast<uint8_t *>(file.data()), file.size()) {} // only reads it
 
     int open() { return decoder->open_datastream(&content); }
     int unpack() {
@@ -74,7 +95,7 @@ public:
 
 private:
     std::unique_ptr<LibRaw> decoder = makeDecoder();
-    Content content;
+    GuardedStream<LibRaw_buffer_datastream> content;
 };
 
 /// LibRaw lowers white by the black level that all four of its channels share. Readings without a filter may
@@ -189,8 +210,8 @@ RawHeaderResult readRawHeader(std::span<const uint8_t> file, PictureHeader &head
 
 RawHeaderResult readRawHeader(const std::string &path, PictureHeader &header) {
     const auto decoder = makeDecoder();
-    return decoder->open_file(path.c_str()) == LIBRAW_SUCCESS ? headerOf(*decoder, header)
-                                                              : RawHeaderResult{};
+    GuardedStream<LibRaw_file_datastream> file(decoder->imgdata, path.c_str());
+    return decoder->open_datastream(&file) == LIBRAW_SUCCESS ? headerOf(*decoder, header) : RawHeaderResult{};
 }
 
 std::optional<std::string> decodeRaw(std::span<const uint8_t> file, BgrxImage &image) {

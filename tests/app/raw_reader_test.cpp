@@ -167,6 +167,26 @@ TEST_F(RawReaderTest, asksTheDecoderWhereExifLacksTheOrientation) {
     }
 }
 
+TEST_F(RawReaderTest, readsNamesThatFillTheirPlace) {
+    // LibRaw appends words to names of this make, and a fortified one ends the program where they do not fit.
+    scene::DngEntries entries;
+    entries.make = "Hasselblad";
+    const std::string path = folder.path("hasselblad.dng");
+    for (const size_t length : {30, 40, 41, 55, 59, 60, 62, 63, 64, 300}) {
+        entries.model = std::string(length, 'H');
+        writeDng(path, TestPicture(60, 40), entries);
+        for (const uint8_t magic : {uint8_t{0x2a}, uint8_t{0x55}}) {
+            std::vector<uint8_t> bytes = readFile(path);
+            bytes[2] = magic;
+            writeFile(path, bytes);
+            PictureHeader header;
+            EXPECT_TRUE(readRawHeader(path, header).recognised) << length;
+            EXPECT_TRUE(readRawHeader(bytes, header).recognised) << length;
+            EXPECT_EQ(header.width, 60);
+        }
+    }
+}
+
 TEST_F(RawReaderTest, isChosenByContent) {
     const std::string path = folder.path("misnamed.jpg");
     writeDng(path, TestPicture(40, 40, {90, 90, 90}));
