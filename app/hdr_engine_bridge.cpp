@@ -172,7 +172,7 @@ void IHDREngineController::releaseOffscreen() {
 PixelBuffer IHDREngineController::bgra2bgr(const uint8_t *source, int32_t width, int32_t height,
                                            int32_t lineBytes) {
     const int32_t bgrStride = bgrLineBytes(width);
-    PixelBuffer bgr = allocPixels(static_cast<size_t>(bgrStride) * static_cast<size_t>(height));
+    PixelBuffer bgr = allocUnsetPixels(static_cast<size_t>(bgrStride) * static_cast<size_t>(height));
     if (bgr)
         forEachBand(height, [&](int64_t first, int64_t end) {
             libyuv::ARGBToRGB24(source + first * lineBytes, lineBytes, bgr.get() + first * bgrStride,
@@ -248,7 +248,7 @@ void IHDREngineController::run(int32_t lomoStyle, LomoLensRGB lomoLensColor, int
     }
     const IILomoData &kept = *lomo->engineData();
     const size_t bytes = static_cast<size_t>(kept.imageHeight) * static_cast<size_t>(kept.imageLineBytes);
-    PixelBuffer copy = kept.imageData ? allocPixels(bytes) : nullptr;
+    PixelBuffer copy = kept.imageData ? allocUnsetPixels(bytes) : nullptr;
     if (copy)
         copyInBands(copy.get(), kept.imageData.get(), bytes);
     lomo->runLomo(copy.get(), kept.imageWidth, kept.imageHeight, kept.imageLineBytes);

@@ -18,7 +18,7 @@ void IILomoEngine::startLomoNoCopy(PixelBuffer bgr, int32_t width, int32_t heigh
 
 void IILomoEngine::startLomo(const uint8_t *bgr, int32_t width, int32_t height, int32_t lineBytes) {
     const size_t bytes = static_cast<size_t>(lineBytes) * static_cast<size_t>(height);
-    PixelBuffer copy = allocPixels(bytes);
+    PixelBuffer copy = allocUnsetPixels(bytes);
     if (copy)
         std::memcpy(copy.get(), bgr, bytes);
     startLomoNoCopy(std::move(copy), width, height, lineBytes);

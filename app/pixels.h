@@ -9,15 +9,37 @@
 
 namespace tristop {
 
-struct FreeDeleter {
-    void operator()(uint8_t *pixels) const { std::free(pixels); }
+/// Frees a block of pixels, or sets it aside where a PixelReserve lives.
+struct PixelDeleter {
+    void operator()(uint8_t *pixels) const;
 };
 
 /// A pixel block on the C heap, freed by its owner; null where there is none.
-using PixelBuffer = std::unique_ptr<uint8_t[], FreeDeleter>;
+using PixelBuffer = std::unique_ptr<uint8_t[], PixelDeleter>;
 
 /// A zeroed block of `bytes` bytes, or null when there is not enough memory.
 PixelBuffer allocPixels(size_t bytes);
+
+/// The same for a block that is written before it is read: it holds anything, and may come from the reserve.
+PixelBuffer allocUnsetPixels(size_t bytes);
+
+/**
+ * While one lives, large blocks that their owners no longer need are set aside for those to come. To take
+ * memory from the system for hundreds of megabytes of a merge costs about as much time as all that is done
+ * with them between the engine and the screen. All reserves share their blocks; any thread may use them.
+ */
+class PixelReserve {
+public:
+    PixelReserve();
+    ~PixelReserve();
+    PixelReserve(const PixelReserve &) = delete;
+    PixelReserve &operator=(const PixelReserve &) = delete;
+
+    /// Frees what is set aside.
+    static void giveBack();
+    /// Bytes that are set aside.
+    static size_t size();
+};
 
 /// `value` rounded up to a multiple of four.
 constexpr int32_t roundUpTo4(int32_t value) {

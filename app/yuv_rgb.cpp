@@ -74,7 +74,7 @@ void CBYUVRGB::allocOffscreen(Offscreen *offscreen) {
         return;
     // libyuv rounds odd chroma sizes up, which takes it past the end by up to one chroma row.
     const size_t spare = static_cast<size_t>(width) + 2;
-    uint8_t *block = allocPixels(pixelBytes(*offscreen) + spare).release();
+    uint8_t *block = allocUnsetPixels(pixelBytes(*offscreen) + spare).release();
     offscreen->ppu8Plane[0] = block;
 
     const size_t lumaBytes = static_cast<size_t>(width) * static_cast<size_t>(offscreen->i32Height);
@@ -97,8 +97,8 @@ void CBYUVRGB::allocOffscreen(Offscreen *offscreen) {
 }
 
 void CBYUVRGB::releaseOffscreen(Offscreen *offscreen) {
-    if (offscreen != nullptr)
-        std::free(offscreen->ppu8Plane[0]);
+    if (offscreen != nullptr && offscreen->ppu8Plane[0] != nullptr)
+        PixelDeleter()(offscreen->ppu8Plane[0]);
 }
 
 void CBYUVRGB::copyOffscreen(const Offscreen &source, Offscreen &dstOffscreen) {
@@ -120,7 +120,7 @@ void CBYUVRGB::copyOffscreen(const Offscreen &source, Offscreen &dstOffscreen) {
 PixelBuffer CBYUVRGB::bgraData(const Offscreen *offscreen) {
     const int32_t width = offscreen->i32Width, height = offscreen->i32Height;
     const int32_t lineBytes = 4 * width;
-    PixelBuffer bgrx = allocPixels(static_cast<size_t>(lineBytes) * static_cast<size_t>(height));
+    PixelBuffer bgrx = allocUnsetPixels(static_cast<size_t>(lineBytes) * static_cast<size_t>(height));
     if (!bgrx)
         return nullptr;
     uint8_t *const *plane = offscreen->ppu8Plane;
@@ -148,7 +148,7 @@ PixelBuffer CBYUVRGB::bgraData(const Offscreen *offscreen) {
 std::optional<BgrxImage> CBYUVRGB::bgr2image(const uint8_t *bgr, int64_t width, int64_t height,
                                              int64_t linebytes, IIHistogramData &histogramData) {
     BgrxImage image{static_cast<int32_t>(width), static_cast<int32_t>(height), nullptr};
-    image.pixels = allocPixels(image.lineBytes() * static_cast<size_t>(height));
+    image.pixels = allocUnsetPixels(image.lineBytes() * static_cast<size_t>(height));
     if (!image.pixels)
         return std::nullopt;
     std::mutex adding;

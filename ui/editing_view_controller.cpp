@@ -2,6 +2,7 @@
 #include "ui/editing_view_controller.h"
 
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <new>
 
@@ -31,6 +32,9 @@
 
 namespace tristop {
 namespace {
+
+/// Between two sliders that a user moves one after the other, and less than a look at something else takes.
+constexpr std::chrono::seconds kReserveTime{30};
 
 QString fileName(const std::string &path) {
     return QFileInfo(QString::fromStdString(path)).fileName();
@@ -109,6 +113,9 @@ IIEditingViewController::IIEditingViewController(QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::IIEditingViewController>()),
       opener(std::make_unique<CBHDROpenController>()), worker(std::make_unique<BackgroundWorker>()) {
     ui->setupUi(this);
+    reserveTimer.setSingleShot(true);
+    reserveTimer.setInterval(kReserveTime);
+    connect(&reserveTimer, &QTimer::timeout, this, [this] { worker->start(&PixelReserve::giveBack); });
     placeViews();
     showTexts();
     updateControls();
@@ -281,6 +288,7 @@ void IIEditingViewController::whenIdle(std::function<void()> start) {
 void IIEditingViewController::startRun(const QString &description, Task task, TaskEnd didEnd) {
     const uint64_t run = ++lastRun;
     running = run;
+    reserveTimer.stop();
     waiting = new MMWaitingWindowController;
     waiting->setWaitingDesc(description);
     waiting->startAnimation(window());
@@ -301,6 +309,7 @@ void IIEditingViewController::endRun(uint64_t run, const Failure &failure, const
         return;
     closeWaitingWindow();
     running.reset();
+    reserveTimer.start();
     if (failure)
         tell(*failure);
     if (didEnd)
@@ -416,6 +425,7 @@ IIEditingViewController::Failure IIEditingViewController::readAndMerge(IHDREngin
         if (!bridge.convertImages(photographs))
             return memoryError();
     }
+    PixelReserve::giveBack(); // nothing of the merge has the size of the photographs
     return merge(bridge, {bridge.toneLength(), bridge.brightness(), bridge.toneSaturation(),
                           bridge.ghostSuppressionLevel()});
 }

@@ -11,6 +11,7 @@
 #include <QImage>
 #include <QList>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
@@ -19,6 +20,7 @@
 #include "app/file_error.h"
 #include "app/hdr_engine_bridge.h"
 #include "app/picture_encoding.h"
+#include "app/pixels.h"
 #include "app/zoom.h"
 #include "ui/adjust_view_controller.h"
 #include "ui/hdr_error.h"
@@ -220,6 +222,9 @@ private:
     void withSharedFile(const std::function<void(const QString &path)> &use);
 
     std::unique_ptr<Ui::IIEditingViewController> ui;
+    /// Keeps blocks of one run for the next, until none has followed for a while.
+    PixelReserve pixelReserve;
+    QTimer reserveTimer;
     Document document;
     ZoomState zoomState;
     IIAdjustViewController *adjust = nullptr;

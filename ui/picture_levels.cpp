@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "app/bands.h"
+#include "ui/platform_images.h"
 
 namespace tristop {
 
@@ -22,9 +24,12 @@ uint32_t meanOfFour(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
 
 QImage halved(const QImage &image) {
     const int width = image.width();
-    QImage half((width + 1) / 2, (image.height() + 1) / 2, image.format());
+    BgrxImage pixels{(width + 1) / 2, (image.height() + 1) / 2, nullptr};
+    pixels.pixels = allocUnsetPixels(pixels.lineBytes() * static_cast<size_t>(pixels.height));
+    QImage half = platformImage(std::move(pixels));
     if (half.isNull())
         return half;
+    half.reinterpretAsFormat(image.format());
     uchar *const rows = half.bits();
     const auto halve = [&](int y) {
         const int below = std::min(2 * y + 1, image.height() - 1);

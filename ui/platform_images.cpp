@@ -12,7 +12,7 @@ QImage platformImage(BgrxImage picture) {
     uint8_t *pixels = picture.pixels.release();
     return QImage(
         pixels, picture.width, picture.height, lineBytes, QImage::Format_RGB32,
-        [](void *block) { FreeDeleter()(static_cast<uint8_t *>(block)); }, pixels);
+        [](void *block) { PixelDeleter()(static_cast<uint8_t *>(block)); }, pixels);
 }
 
 std::optional<RgbImage> rgbImage(const QImage &image) {

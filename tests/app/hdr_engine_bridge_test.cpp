@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/yuv_rgb.h"
 #include "tests/app/fault_engine.h"
 #include "tests/app/photograph_files.h"
 
@@ -77,6 +78,44 @@ TEST_F(BridgeTest, convertsPhotographsOfAWidthRoundedUp) {
     }
     EXPECT_NE(inputBytes()[0], inputBytes()[1]);
     EXPECT_FALSE(controller.convertImages(Photographs{})) << "readers that are not open";
+}
+
+TEST_F(BridgeTest, leavesNothingOfBlocksThatWereSetAside) {
+    constexpr int kWidth = 1801, kHeight = 1301; // large enough for all blocks to be set aside
+    for (const std::string &path : paths)
+        writeJpeg(path, TestPicture(kWidth, kHeight, {200, 90, 30}));
+    ASSERT_FALSE(openPhotographs(paths, photographs));
+    struct Result {
+        std::vector<std::vector<uint8_t>> inputs;
+        std::vector<uint8_t> merged, shown;
+    };
+    size_t setAside = 0;
+    const auto run = [&] {
+        Result result;
+        EXPECT_TRUE(controller.convertImages(photographs));
+        result.inputs = inputBytes();
+        controller.run(45, 10, 40, 6, [&](const uint8_t *bgr, int32_t width, int32_t height, int64_t) {
+            result.merged.assign(bgr, bgr + static_cast<ptrdiff_t>(bgrLineBytes(width)) * height);
+            IIHistogramData histogram;
+            auto image = CBYUVRGB::bgr2image(bgr, width, height, bgrLineBytes(width), histogram);
+            ASSERT_TRUE(image);
+            EXPECT_TRUE(setAside == 0 || PixelReserve::size() < setAside);
+            result.shown.assign(image->pixels.get(), image->row(height));
+        });
+        return result;
+    };
+    const Result expected = run();
+    const PixelReserve reserve;
+    constexpr size_t kPixels = size_t{kWidth + 3} * kHeight;
+    std::vector<PixelBuffer> blocks;
+    for (const size_t bytes : {2 * kPixels + kWidth, 3 * kPixels, 4 * kPixels})
+        for (int i = 0; i < 6; ++i)
+            std::fill_n(blocks.emplace_back(allocPixels(bytes + 5000)).get(), bytes + 5000, uint8_t{0xa5});
+    blocks.clear();
+    setAside = PixelReserve::size();
+    const Result result = run();
+    EXPECT_EQ(result.inputs, expected.inputs);
+    EXPECT_TRUE(result.merged == expected.merged && result.shown == expected.shown);
 }
 
 TEST_F(BridgeTest, passesTheSettingsOnAndRestoresTheInputs) {
