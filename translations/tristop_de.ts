@@ -369,6 +369,21 @@
         <extracomment>status line</extracomment>
         <translation>Die Belichtungen ließen sich nicht zusammenfügen; das Bild zeigt eine von ihnen.</translation>
     </message>
+    <message id="IDS_MERGE_LEFT_OUT">
+        <source>It does not show what the others show and was left out.</source>
+        <extracomment>status line, behind the name of a photograph</extracomment>
+        <translation>Es zeigt nicht dasselbe wie die anderen und wurde weggelassen.</translation>
+    </message>
+    <message id="IDS_PAGE_NOT_OPENED">
+        <source>%1 could not be opened in a browser.</source>
+        <extracomment>status line; %1 is the address of a page</extracomment>
+        <translation>%1 konnte nicht in einem Browser geöffnet werden.</translation>
+    </message>
+    <message id="IDS_RUN_FAILED">
+        <source>This could not be done.</source>
+        <extracomment>status line</extracomment>
+        <translation>Das ist nicht gelungen.</translation>
+    </message>
     <message id="IDS_MERGE_AGAIN">
         <source>Merge the photographs again first.</source>
         <extracomment>status line</extracomment>

@@ -369,6 +369,21 @@
         <extracomment>status line</extracomment>
         <translation>Les expositions n’ont pas pu être fusionnées ; l’image montre l’une d’elles.</translation>
     </message>
+    <message id="IDS_MERGE_LEFT_OUT">
+        <source>It does not show what the others show and was left out.</source>
+        <extracomment>status line, behind the name of a photograph</extracomment>
+        <translation>Elle ne montre pas la même chose que les autres et a été laissée de côté.</translation>
+    </message>
+    <message id="IDS_PAGE_NOT_OPENED">
+        <source>%1 could not be opened in a browser.</source>
+        <extracomment>status line; %1 is the address of a page</extracomment>
+        <translation>%1 n’a pas pu être ouvert dans un navigateur.</translation>
+    </message>
+    <message id="IDS_RUN_FAILED">
+        <source>This could not be done.</source>
+        <extracomment>status line</extracomment>
+        <translation>L’opération a échoué.</translation>
+    </message>
     <message id="IDS_MERGE_AGAIN">
         <source>Merge the photographs again first.</source>
         <extracomment>status line</extracomment>

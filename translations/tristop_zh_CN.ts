@@ -369,6 +369,21 @@
         <extracomment>status line</extracomment>
         <translation>无法合成各次曝光，图片显示其中一张。</translation>
     </message>
+    <message id="IDS_MERGE_LEFT_OUT">
+        <source>It does not show what the others show and was left out.</source>
+        <extracomment>status line, behind the name of a photograph</extracomment>
+        <translation>与其他照片内容不符，已被排除。</translation>
+    </message>
+    <message id="IDS_PAGE_NOT_OPENED">
+        <source>%1 could not be opened in a browser.</source>
+        <extracomment>status line; %1 is the address of a page</extracomment>
+        <translation>无法在浏览器中打开 %1。</translation>
+    </message>
+    <message id="IDS_RUN_FAILED">
+        <source>This could not be done.</source>
+        <extracomment>status line</extracomment>
+        <translation>操作失败。</translation>
+    </message>
     <message id="IDS_MERGE_AGAIN">
         <source>Merge the photographs again first.</source>
         <extracomment>status line</extracomment>

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/editing_view_controller.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <exception>
+#include <iterator>
 #include <new>
 
 #include <QApplication>
@@ -299,6 +302,8 @@ void IIEditingViewController::startRun(const QString &description, Task task, Ta
             failure = task();
         } catch (const std::bad_alloc &) {
             failure = memoryError();
+        } catch (const std::exception &problem) {
+            failure = namedError("IDS_RUN_FAILED", problem.what());
         }
         post([this, run, failure, didEnd] { endRun(run, failure, didEnd); });
     });
@@ -426,8 +431,10 @@ IIEditingViewController::Failure IIEditingViewController::readAndMerge(IHDREngin
             return memoryError();
     }
     PixelReserve::giveBack(); // nothing of the merge has the size of the photographs
-    return merge(bridge, {bridge.toneLength(), bridge.brightness(), bridge.toneSaturation(),
-                          bridge.ghostSuppressionLevel()});
+    return merge(
+        bridge,
+        {bridge.toneLength(), bridge.brightness(), bridge.toneSaturation(), bridge.ghostSuppressionLevel()},
+        {files.begin(), files.end()});
 }
 
 void IIEditingViewController::process(int64_t toneLength, int64_t birghtness, int64_t toneSaturation,
@@ -449,12 +456,15 @@ void IIEditingViewController::startMerge(const MergeSettings &settings) {
                        << settings.brightness << "tone saturation" << settings.toneSaturation << "ghost level"
                        << settings.ghostLevel;
     startRun(localizedText("IDS_LOADING"),
-             [this, bridge = engineController(), settings] { return merge(*bridge, settings); });
+             [this, bridge = engineController(), settings, photographs = document.photographs] {
+                 return merge(*bridge, settings, photographs);
+             });
 }
 
 /// On the background thread.
 IIEditingViewController::Failure IIEditingViewController::merge(IHDREngineController &bridge,
-                                                                const MergeSettings &settings) {
+                                                                const MergeSettings &settings,
+                                                                const std::vector<std::string> &photographs) {
     Failure failure;
     bridge.run(settings.toneLength, settings.brightness, settings.toneSaturation, settings.ghostLevel,
                [&](const uint8_t *bgr, int32_t width, int32_t height, int64_t) {
@@ -466,11 +476,17 @@ IIEditingViewController::Failure IIEditingViewController::merge(IHDREngineContro
                });
     if (bridge.status() != HDR_OK)
         return mergeError(bridge.status());
-    if (!failure && bridge.meEngine()->runInfo().fallback != HDR_FALLBACK_NONE)
-        failure =
-            namedError("IDS_MERGE_FALLBACK", QStringLiteral("one exposure stands in for the merge: reason %1")
-                                                 .arg(bridge.meEngine()->runInfo().fallback));
-    return failure;
+    if (failure)
+        return failure;
+    const HdrRunInfo &info = bridge.meEngine()->runInfo();
+    if (info.fallback != HDR_FALLBACK_NONE)
+        return namedError(
+            "IDS_MERGE_FALLBACK",
+            QStringLiteral("one exposure stands in for the merge: reason %1").arg(info.fallback));
+    for (size_t i = 0; i < std::min(photographs.size(), std::size(info.excluded)); ++i)
+        if (info.excluded[i] != 0)
+            return fileError(photographs[i], "IDS_MERGE_LEFT_OUT", "was left out of the merge");
+    return std::nullopt;
 }
 
 void IIEditingViewController::effectSettingsChanged(int64_t contrast, int64_t saturation, int64_t style) {

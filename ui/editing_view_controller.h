@@ -184,7 +184,7 @@ private:
     };
     /// What ended a run early, to be told on the status line.
     using Failure = std::optional<HdrError>;
-    /// Work for the background thread; may throw std::bad_alloc.
+    /// Work for the background thread; what it throws ends the run with a failure.
     using Task = std::function<Failure()>;
     using TaskEnd = std::function<void(const Failure &failure)>;
 
@@ -206,7 +206,9 @@ private:
     void startMerge(const MergeSettings &settings);
     void startEffect(const EffectSettings &settings);
     Failure readAndMerge(IHDREngineController &bridge, const QStringList &paths, int thumbnailSide);
-    Failure merge(IHDREngineController &bridge, const MergeSettings &settings);
+    /// `photographs` begin with the three that are merged.
+    Failure merge(IHDREngineController &bridge, const MergeSettings &settings,
+                  const std::vector<std::string> &photographs);
     Failure renderEffect(IHDREngineController &bridge, const EffectSettings &settings);
     void showThumbnails(const QList<QImage> &thumbnails, const QStringList &paths);
     void showRendering(const Rendering &rendering);

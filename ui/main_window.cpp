@@ -206,15 +206,20 @@ void IIMainWindow::setTitle(const QString &text) {
 }
 
 void IIMainWindow::menuHelp() {
-    QDesktopServices::openUrl(QUrl(QLatin1String(kGuidePage)));
+    openPage(kGuidePage);
 }
 
 void IIMainWindow::menuFAQ() {
-    QDesktopServices::openUrl(QUrl(QLatin1String(kFaqPage)));
+    openPage(kFaqPage);
 }
 
 void IIMainWindow::menuCCS() {
-    QDesktopServices::openUrl(QUrl(QLatin1String(kSupportPage)));
+    openPage(kSupportPage);
+}
+
+void IIMainWindow::openPage(const char *address) {
+    if (!QDesktopServices::openUrl(QUrl(QLatin1String(address))))
+        editing->tell(localizedText("IDS_PAGE_NOT_OPENED").arg(QLatin1String(address)));
 }
 
 void IIMainWindow::about() {

@@ -68,6 +68,7 @@ private:
     /// Menus beside the buttons, and the title in the middle of the strip as long as they leave it free.
     void layOutTitlebar();
     void runGuide();
+    void openPage(const char *address);
     void about();
 
     IIEditingViewController *editing = nullptr;

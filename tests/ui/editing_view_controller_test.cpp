@@ -229,6 +229,32 @@ TEST_F(EditingTest, keepsThePictureWhenTheMergeFails) {
     EXPECT_EQ(picture().cacheKey(), before.cacheKey());
 }
 
+TEST_F(EditingTest, tellsOfAPhotographThatShowsSomethingElse) {
+    scene::SceneSettings settings;
+    settings.width = kWidth;
+    settings.height = kHeight;
+    TestPicture mirrored(kWidth, kHeight);
+    mirrored.samples = scene::render(settings, 2).samples;
+    for (int y = 0; y < kHeight / 2; ++y)
+        for (int x = 0; x < kWidth; ++x) {
+            const auto upper = mirrored.at(x, y);
+            mirrored.set(x, y, mirrored.at(x, kHeight - 1 - y));
+            mirrored.set(x, kHeight - 1 - y, upper);
+        }
+    writeJpeg(folder.path("mirrored.jpg"), mirrored);
+    QList<QUrl> urls = bracketFiles();
+    urls[2] = QUrl::fromLocalFile(file("mirrored.jpg"));
+    const std::string expected = "mirrored.jpg: " + localizedText("IDS_MERGE_LEFT_OUT").toStdString();
+    controller->openURLs(urls);
+    waitForIdle();
+    EXPECT_TRUE(controller->hasImage());
+    EXPECT_EQ(told.toStdString(), expected);
+    told.clear();
+    controller->process(10, 0, 10, 6);
+    waitForIdle();
+    EXPECT_EQ(told.toStdString(), expected);
+}
+
 TEST_F(EditingTest, rendersAnEffectOfTheKeptMerge) {
     controller->effectSettingsChanged(0, 0, 2);
     waitForIdle();

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "IICommon/indeterminate_progress_indicator.h"
-#include "ui/window_background_views.h"
+#include "ui/panel_background_views.h"
 
 namespace tristop {
 

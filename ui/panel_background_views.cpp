@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ui/window_background_views.h"
+#include "ui/panel_background_views.h"
 
 #include <QPainter>
 
