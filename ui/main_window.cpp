@@ -14,6 +14,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScreen>
+#include <QSettings>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -35,6 +36,7 @@ constexpr std::chrono::milliseconds kGuideDelay{500};
 constexpr QSize kSmallestSize{960, 640};
 constexpr QSize kFirstSize{1280, 800};
 constexpr double kShareOfScreen = 0.95;
+const QString kGeometryKey = QStringLiteral("windowGeometry");
 
 QString applicationName() {
     return QGuiApplication::applicationDisplayName();
@@ -52,6 +54,7 @@ IIMainWindow::IIMainWindow(bool guide) : isGuideDue(guide) {
     setWindowIcon(applicationIcon());
     setMinimumSize(kSmallestSize);
     resize(kFirstSize.boundedTo(screen()->availableSize() * kShareOfScreen).expandedTo(kSmallestSize));
+    restoreGeometry(QSettings().value(kGeometryKey).toByteArray());
     setAcceptDrops(true);
 
     titlebar = new SLWindowTitlebar(this);
@@ -80,7 +83,9 @@ IIMainWindow::IIMainWindow(bool guide) : isGuideDue(guide) {
     updateMenus();
 }
 
-IIMainWindow::~IIMainWindow() = default;
+IIMainWindow::~IIMainWindow() {
+    QSettings().setValue(kGeometryKey, saveGeometry());
+}
 
 void IIMainWindow::awakeFromNib() {
     auto *fill = new QVBoxLayout(place);

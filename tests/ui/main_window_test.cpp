@@ -62,6 +62,26 @@ TEST_F(MainWindowTest, EnablesWhatMakesSenseWithoutAPicture) {
     EXPECT_TRUE(window.displayImage().isNull());
 }
 
+TEST_F(MainWindowTest, ComesBackAsItWasLeft) {
+    QSize size;
+    {
+        IIMainWindow window;
+        window.show();
+        window.resize(window.width(), window.height() + 40);
+        size = window.size();
+    }
+    {
+        IIMainWindow window;
+        EXPECT_EQ(window.size(), size);
+        window.showMaximized();
+        window.hide(); // as it is while work underway ends
+    }
+    const IIMainWindow window;
+    EXPECT_TRUE(window.isMaximized());
+    EXPECT_EQ(window.normalGeometry().size(), size);
+    QSettings().clear();
+}
+
 TEST_F(MainWindowTest, QuitsInsteadOfClosing) {
     IIMainWindow window;
     IIAppDelegate delegate;
