@@ -54,7 +54,7 @@ public:
         if (bytes < kLargeBlock)
             return false;
         const std::scoped_lock lock(mutex);
-        if (users == 0)
+        if (users == 0 || blocks.size() == kMostBlocks)
             return false;
         blocks.push_back({block, bytes});
         return true;
@@ -76,13 +76,10 @@ public:
     }
 
     void giveBack() {
-        std::vector<Block> given;
-        {
-            const std::scoped_lock lock(mutex);
-            given.swap(blocks);
-        }
-        for (const Block &block : given)
+        const std::scoped_lock lock(mutex);
+        for (const Block &block : blocks)
             std::free(block.start);
+        blocks.clear();
     }
 
     size_t size() {
@@ -94,10 +91,14 @@ public:
     }
 
 private:
+    static constexpr size_t kMostBlocks = 32;
+
     struct Block {
         uint8_t *start;
         size_t bytes;
     };
+
+    Reserve() { blocks.reserve(kMostBlocks); } // to add one takes no memory
 
     std::mutex mutex;
     std::vector<Block> blocks;

@@ -45,14 +45,6 @@ const std::map<std::string, Entries> kMakers = {
     {"PENTAX", {{"Exif.Pentax.ISO", "5"}}},
     {"SONY", {{"Exif.Sony1.Quality", "2"}}}};
 
-TestPicture noise(int width, int height) {
-    TestPicture picture(width, height);
-    uint32_t state = 1;
-    for (uint8_t &sample : picture.samples)
-        sample = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    return picture;
-}
-
 void writeJpegs(const std::string &folder) {
     const TestPicture picture = noise(24, 17);
     writeJpeg(folder + "baseline.jpg", picture);

@@ -19,14 +19,6 @@ namespace {
 
 using namespace testing;
 
-TestPicture noise(int width, int height) {
-    TestPicture picture(width, height);
-    uint32_t state = 1;
-    for (uint8_t &sample : picture.samples)
-        sample = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    return picture;
-}
-
 class ImageSourceTest : public ::testing::Test {
 protected:
     /// Writes a file and loads and opens it.

@@ -35,6 +35,14 @@ void TestPicture::fill(int x0, int y0, int x1, int y1, Rgb color) {
             set(x, y, color);
 }
 
+TestPicture noise(int width, int height) {
+    TestPicture picture(width, height);
+    uint32_t state = 1;
+    for (uint8_t &sample : picture.samples)
+        sample = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    return picture;
+}
+
 int distance(Rgb a, Rgb b) {
     int largest = 0;
     for (size_t i = 0; i < 3; ++i)

@@ -29,6 +29,9 @@ struct TestPicture {
     void fill(int x0, int y0, int x1, int y1, Rgb color);
 };
 
+/// Coloured noise, the same whenever it is made.
+TestPicture noise(int width, int height);
+
 /// The light, 0 to 1, of an sRGB sample.
 double lightOf(uint8_t sample);
 

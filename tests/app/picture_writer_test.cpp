@@ -26,12 +26,6 @@ constexpr int kWidth = 130, kHeight = 70;
 /// A BGR picture of coloured noise whose rows are wider than what is written of them.
 class PictureWriterTest : public ::testing::Test {
 protected:
-    PictureWriterTest() : bgr(static_cast<size_t>(lineBytes) * kHeight) {
-        uint32_t state = 3;
-        for (uint8_t &sample : bgr)
-            sample = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-    }
-
     PictureView view() const { return {bgr.data(), kWidth, kHeight, lineBytes}; }
     Rgb pixel(int x, int y) const {
         const uint8_t *sample = &bgr[static_cast<size_t>(y * lineBytes + 3 * x)];
@@ -48,7 +42,7 @@ protected:
 
     TemporaryFolder folder;
     int32_t lineBytes = bgrLineBytes(kWidth + 2);
-    std::vector<uint8_t> bgr;
+    std::vector<uint8_t> bgr = noise(kWidth + 2, kHeight).samples;
 };
 
 TEST_F(PictureWriterTest, writesPngWithoutLoss) {
