@@ -175,16 +175,16 @@ TEST(DetectGhosts, ClippedBrightExposureIsNoGhost) {
 TEST(DetectGhosts, DarkExposureInHighlightsAndShadows) {
     const auto first = [](int mid, int dark, int own, int gridLuma = 240) {
         return firstMarkedLevel({mid, dark, mid, own, 100}, gridLuma);
-    };                                     // the threshold is 31 - level
-    EXPECT_EQ(first(240, 192, 0), 4);      // (352 - 240) x 48 / 192 = 28
-    EXPECT_EQ(first(240, 201, 0), 10);     // (352 - 240) x 39 / 192 = 22
-    EXPECT_EQ(first(240, 200, 0), 9);      // 112 x 40 / 192 = 23
-    EXPECT_EQ(first(161, 129, 0), 1);      // 191 x 32 / 192 = 31
-    EXPECT_EQ(first(161, 128, 0), 0);      // 33 as it is
-    EXPECT_EQ(first(240, 128, 0), 0);      // 112 as it is
-    EXPECT_EQ(first(160, 192, 0), 0);      // 32 as it is
-    EXPECT_EQ(first(31, 31, 32, 64), 0);   // lighter than the reference
-    EXPECT_EQ(first(31, 31, 32, 1791), 0); // counts as 128
+    };                                      // the threshold is 31 - level
+    EXPECT_EQ(first(240, 192, 0), 4);       // (352 - 240) x 48 / 192 = 28
+    EXPECT_EQ(first(240, 201, 0), 10);      // (352 - 240) x 39 / 192 = 22
+    EXPECT_EQ(first(240, 200, 0), 9);       // 112 x 40 / 192 = 23
+    EXPECT_EQ(first(161, 129, 0), 1);       // 191 x 32 / 192 = 31
+    EXPECT_EQ(first(161, 128, 0), 0);       // 33 as it is
+    EXPECT_EQ(first(240, 128, 0, 1280), 0); // 112 as it is exceeds 96
+    EXPECT_EQ(first(160, 192, 0), 0);       // 32 as it is
+    EXPECT_EQ(first(31, 31, 32, 64), 0);    // lighter than the reference
+    EXPECT_EQ(first(31, 31, 32, 1791), 0);  // counts as 128
     EXPECT_EQ(first(31, 31, 32, 1792), 1);
     EXPECT_EQ(first(31, 90, 31, 64), kNeverMarked);
     EXPECT_EQ(first(32, 52, 0, 64), 1);

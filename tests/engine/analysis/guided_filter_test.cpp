@@ -171,7 +171,7 @@ TEST(GuidedFilter, FailedAllocationsLeaveTheOutputAndLeakNothing) {
     std::vector<int16_t> target(12 * 9, 30);
     target[50] = 400;
     const std::vector<int16_t> before = target;
-    const size_t failures = test::countFailures(256, [&](MemContext *memory) {
+    const size_t failures = test::countFailures(128, [&](MemContext *memory) {
         const HdrStatus status =
             guided_filter_s16(memory, &guide.record, target.data(), 2, nullptr, target.data(), 1, 4.0);
         EXPECT_EQ(target == before, status == HDR_ERR_NOMEM);

@@ -42,7 +42,8 @@ TEST(ChromaGrid, MeansOfSixteenSamplesACell) {
             std::array<std::vector<uint16_t>, 2> grids;
             for (auto &grid : grids)
                 grid.assign(static_cast<size_t>(columns * rows), 777);
-            chromaGrid(nullptr, &picture.record, 0, grids[0].data(), grids[1].data());
+            const std::array<Offscreen, 2> inputs = {Offscreen{}, picture.record};
+            chromaGrid(nullptr, inputs.data(), 1, grids[0].data(), grids[1].data());
             for (int channel : {0, 1})
                 for (int row = 0; row < rows; row++)
                     for (int column = 0; column < columns; column++) {
@@ -151,9 +152,18 @@ protected:
 TEST_F(InputCheckTest, RefusesAnUnpreparedWrongOrder) {
     context.preparedOnce = 0;
     EXPECT_EQ(check(), HDR_ERR_ORDER);
+    context.imageCount = 2; // two have no order
+    EXPECT_EQ(check(), HDR_OK);
+    EXPECT_EQ(context.check.renderMode, 0);
+    context.imageCount = 3;
     std::swap(context.preparation.exposureEstimate[1], context.preparation.exposureEstimate[2]);
     EXPECT_EQ(check(), HDR_OK);
     EXPECT_EQ(context.preparation.brightIndex, 2);
+    context.imageCount = 1;
+    context.check.colourCorrection = 7;
+    EXPECT_EQ(check(), HDR_OK);
+    EXPECT_EQ(context.check.renderMode, 2);
+    EXPECT_EQ(context.check.colourCorrection, 7); // there is nothing to compare
 }
 
 TEST_F(InputCheckTest, ShiftsBeyondTheLimitEndTheMerge) {
