@@ -88,8 +88,19 @@ public:
     }
 
     size_t pixels() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
+    size_t cells() const { return context.preparation.gridPlaneSize(); }
+    /// The ghost masks A, B, C and D.
+    std::array<uint8_t *, 4> ghostMasks() const {
+        const ExposureWeights &weights = context.weights;
+        return {weights.ghostMaskA, weights.ghostMaskB, weights.ghostMaskC, weights.ghostMaskD};
+    }
     Offscreen &work(int input) { return *context.preparation.workImages[input]; }
     Offscreen &registered(int input) { return *context.preparation.registeredImages[input]; }
+
+    /// A map's samples, without the room for its frame.
+    std::vector<int16_t> packed(const int16_t *map) const {
+        return std::vector<int16_t>(map, map + pixels());
+    }
 
     /// One colour everywhere.
     static void paint(Offscreen &picture, int y, int u, int v) {
@@ -99,10 +110,11 @@ public:
                 std::fill_n(planeOf(picture, plane).row(row), picture.i32Width,
                             static_cast<uint8_t>(colour[static_cast<size_t>(plane)]));
     }
-    void paintNoise(Offscreen &picture) {
+    void paintNoise(Offscreen &picture, int lowest = 0, int highest = 255) {
         for (int plane = 0; plane < 3; plane++)
             for (int row = 0; row < picture.i32Height; row++)
-                fillRandom(planeOf(picture, plane).row(row), static_cast<size_t>(picture.i32Width), 0, 255);
+                fillRandom(planeOf(picture, plane).row(row), static_cast<size_t>(picture.i32Width), lowest,
+                           highest);
     }
     template <typename Sample>
     void fillRandom(Sample *samples, size_t count, int lowest, int highest) {

@@ -12,7 +12,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -23,22 +23,14 @@ using test::Picture;
 
 /// Chroma sample `channel` at a pixel, where the format keeps it (the first of an interleaved pair is 0).
 int chromaAt(const Offscreen &picture, int channel, int x, int y) {
-    const auto at = [&](int plane, int byte, int row) {
-        return picture.ppu8Plane[plane][row * picture.pi32Pitch[plane] + byte];
-    };
-    switch (picture.u32PixelArrayFormat) {
-    case 0x501:
-        return at(0, x / 2 * 4 + 1 + 2 * channel, y);
-    case 0x603:
-        return at(1 + channel, x / 2, y);
-    case 0x601:
-    case 0x605:
-        return at(1 + channel, x / 2, std::min(y / 2, picture.i32Height / 2 - 1));
-    case 0x803: // a chroma row for each row, of which the upper half is read
-        return at(1, x / 2 * 2 + channel, y / 2);
-    default:
-        return at(1, x / 2 * 2 + channel, std::min(y / 2, picture.i32Height / 2 - 1));
-    }
+    const uint32_t format = picture.u32PixelArrayFormat;
+    const bool packed = format == 0x501, planar = format >> 8 == 6;
+    // Half the rows; of 0x803, which has a chroma row for each of its rows, the upper half is read.
+    if (!packed && format != 0x603)
+        y = std::min(y / 2, format == 0x803 ? y : picture.i32Height / 2 - 1);
+    const int plane = packed ? 0 : planar ? 1 + channel : 1;
+    const int byte = packed ? x / 2 * 4 + 1 + 2 * channel : planar ? x / 2 : x / 2 * 2 + channel;
+    return picture.ppu8Plane[plane][y * picture.pi32Pitch[plane] + byte];
 }
 
 TEST(ChromaGrid, MeansOfSixteenSamplesACell) {
@@ -50,7 +42,8 @@ TEST(ChromaGrid, MeansOfSixteenSamplesACell) {
             std::array<std::vector<uint16_t>, 2> grids;
             for (auto &grid : grids)
                 grid.assign(static_cast<size_t>(columns * rows), 777);
-            chromaGrid(nullptr, &picture.record, 0, grids[0].data(), grids[1].data());
+            const std::array<Offscreen, 2> inputs = {Offscreen{}, picture.record};
+            chromaGrid(nullptr, inputs.data(), 1, grids[0].data(), grids[1].data());
             for (int channel : {0, 1})
                 for (int row = 0; row < rows; row++)
                     for (int column = 0; column < columns; column++) {
@@ -61,17 +54,14 @@ TEST(ChromaGrid, MeansOfSixteenSamplesACell) {
                             sum += chromaAt(picture.record, channel, 32 * fullColumn + i % 4 * 8,
                                             32 * fullRow + i / 4 * 8);
                         const bool empty = channel == 1 && column != fullColumn;
-                        EXPECT_EQ(
-                            grids[static_cast<size_t>(channel)][static_cast<size_t>(row * columns + column)],
-                            empty ? 0 : sum / 16)
+                        const auto cell = static_cast<size_t>(row * columns + column);
+                        EXPECT_EQ(grids[static_cast<size_t>(channel)][cell], empty ? 0 : sum / 16)
                             << std::hex << format << std::dec << " channel " << channel << " cell " << column
                             << ", " << row << " of " << width << " x " << height;
                     }
         }
     const Picture other(0x604, 64, 64, test::noise(1));
-    std::array<uint16_t, 4> first, second;
-    first.fill(1);
-    second.fill(1);
+    std::array<uint16_t, 4> first{1, 1, 1, 1}, second = first;
     chromaGrid(nullptr, &other.record, 0, first.data(), second.data());
     EXPECT_EQ(first, (std::array<uint16_t, 4>{}));
     EXPECT_EQ(second, first);
@@ -103,12 +93,8 @@ TEST(ShiftGridPlane, SamplesTheOldPlaneAtTheMovedPosition) {
                     if (row >= margin(dy) && row <= kRows - 2 - margin(dy) &&
                         margin(dy) < kRows - 1 - margin(dy) && column >= margin(dx) &&
                         column <= kColumns - 2 - margin(dx)) {
-                        const int x = 32 * column - dx;
-                        const int y = 32 * row - dy;
-                        const int x1 = x % 32 ? x / 32 + 1 : x / 32;
-                        const int y1 = y % 32 ? y / 32 + 1 : y / 32;
-                        const int fx = x % 32;
-                        const int fy = y % 32;
+                        const int x = 32 * column - dx, fx = x % 32, x1 = (x + 31) / 32;
+                        const int y = 32 * row - dy, fy = y % 32, y1 = (y + 31) / 32;
                         expected = ((at(x / 32, y / 32) * (32 - fx) + at(x1, y / 32) * fx) * (32 - fy) +
                                     (at(x / 32, y1) * (32 - fx) + at(x1, y1) * fx) * fy) /
                                    1024;
@@ -123,6 +109,7 @@ TEST(ShiftGridPlane, SamplesTheOldPlaneAtTheMovedPosition) {
 class InputCheckTest : public testing::Test {
 protected:
     static constexpr int kWidth = 330, kHeight = 270;
+    static constexpr int kMid = 0, kBright = 1, kDark = 2;
 
     InputCheckTest() {
         context.imageCount = 3;
@@ -165,22 +152,27 @@ protected:
 TEST_F(InputCheckTest, RefusesAnUnpreparedWrongOrder) {
     context.preparedOnce = 0;
     EXPECT_EQ(check(), HDR_ERR_ORDER);
+    context.imageCount = 2; // two have no order
+    EXPECT_EQ(check(), HDR_OK);
+    EXPECT_EQ(context.check.renderMode, 0);
+    context.imageCount = 3;
     std::swap(context.preparation.exposureEstimate[1], context.preparation.exposureEstimate[2]);
     EXPECT_EQ(check(), HDR_OK);
     EXPECT_EQ(context.preparation.brightIndex, 2);
+    context.imageCount = 1;
+    context.check.colourCorrection = 7;
+    EXPECT_EQ(check(), HDR_OK);
+    EXPECT_EQ(context.check.renderMode, 2);
+    EXPECT_EQ(context.check.colourCorrection, 7); // there is nothing to compare
 }
 
 TEST_F(InputCheckTest, ShiftsBeyondTheLimitEndTheMerge) {
-    setShift(2, 64, 3);
-    setShift(1, 0, -64);
+    setShift(kDark, 64, 3);
+    setShift(kBright, 0, -64);
     EXPECT_EQ(check(), HDR_OK);
     EXPECT_EQ(context.earlyExitCode, HDR_OK);
-    const std::array<int, 4> summary = {64, 3, 0, -64};
-    const std::array<int, 4> table = {64, 0, 3, -64};
-    EXPECT_TRUE(std::ranges::equal(context.check.shiftSummary, summary));
-    EXPECT_TRUE(std::ranges::equal(context.check.shiftTable, table));
-    EXPECT_EQ(context.alignment.globalShift[0][0], 0);
-    EXPECT_EQ(context.alignment.globalShift[2][0], 64);
+    EXPECT_TRUE(std::ranges::equal(context.check.shiftSummary, std::array{64, 3, 0, -64}));
+    EXPECT_TRUE(std::ranges::equal(context.check.shiftTable, std::array{64, 0, 3, -64}));
     for (const auto &[input, x, y] : {std::array{1, 65, 0}, {1, 0, 65}, {2, -65, 0}, {2, 0, -65}}) {
         setShift(1, 0, 0);
         setShift(2, 0, 0);
@@ -193,57 +185,71 @@ TEST_F(InputCheckTest, ShiftsBeyondTheLimitEndTheMerge) {
     }
 }
 
-TEST_F(InputCheckTest, GridsAreShiftedFramedAndCompared) {
-    constexpr int kDark = 2, kMid = 0, kBright = 1;
-    const Preparation &preparation = context.preparation;
-    const int columns = preparation.gridColumns;
-    const int rows = preparation.gridRows;
-    ASSERT_EQ(static_cast<size_t>(columns * rows), cells());
+TEST_F(InputCheckTest, GridsAreMovedFramedAndCompared) {
     using Grid = std::vector<uint16_t>;
-    const auto gridAt = [&](int plane) {
-        return Grid(preparation.gridPlane(plane), preparation.gridPlane(plane) + cells());
+    const Preparation &preparation = context.preparation;
+    const int columns = preparation.gridColumns, rows = preparation.gridRows;
+    ASSERT_EQ(static_cast<size_t>(columns * rows), cells());
+    const auto gridAt = [&](int plane, size_t size) {
+        return Grid(preparation.gridPlane(plane), preparation.gridPlane(plane) + size);
     };
-    const auto shifted = [&](Grid grid, int x, int y) {
-        Grid scratch(grid.size());
-        shiftGridPlane(grid.data(), columns, rows, x, y, scratch.data());
-        return grid;
+    // The cells from (x0, y0) on; those outside repeat the edge.
+    const auto part = [&](const Grid &grid, int x0, int y0, int width, int height) {
+        Grid cells;
+        for (int y = y0; y < y0 + height; y++)
+            for (int x = x0; x < x0 + width; x++)
+                cells.push_back(grid[static_cast<size_t>(std::clamp(y, 0, rows - 1) * columns +
+                                                         std::clamp(x, 0, columns - 1))]);
+        return cells;
+    };
+    const auto moved = [&](const Grid &grid, int input) {
+        const auto [x, y] = context.alignment.gridShift[input];
+        Grid result = part(grid, -x, -y, columns, rows), scratch(result.size());
+        const auto [dx, dy] = context.alignment.globalShift[input];
+        shiftGridPlane(result.data(), columns, rows, dx, dy, scratch.data());
+        return result;
+    };
+    const auto expectFramed = [&](int plane, const Grid &grid) {
+        EXPECT_EQ(gridAt(plane, preparation.gridPlaneSize()), part(grid, -1, -1, columns + 2, rows + 2))
+            << plane;
     };
     Grid midU(cells()), midV(cells()), darkU(cells()), darkV(cells());
     chromaGrid(&context, inputs.data(), kMid, midU.data(), midV.data());
     chromaGrid(&context, inputs.data(), kDark, darkU.data(), darkV.data());
-    darkU = shifted(darkU, 40, -7);
-    darkV = shifted(darkV, 40, -7);
-    const Grid darkLevel = shifted(gridAt(kDark), 40, -7);
-    const Grid brightLevel = shifted(gridAt(kBright), -33, 50);
-    const Grid midLevel = gridAt(kMid);
     setShift(kDark, 40, -7);
     setShift(kBright, -33, 50);
+    context.alignment.gridShift[kDark][0] = 2;
+    context.alignment.gridShift[kDark][1] = -1;
+    context.alignment.gridShift[kBright][1] = 1;
+    const Grid darkLevel = moved(gridAt(kDark, cells()), kDark);
+    const Grid brightLevel = moved(gridAt(kBright, cells()), kBright);
+    const Grid midLevel = gridAt(kMid, cells());
+    const auto difference = [&](const Grid &dark, const Grid &mid) {
+        Grid result = moved(dark, kDark);
+        std::transform(result.begin(), result.end(), mid.begin(), result.begin(), std::minus<uint16_t>());
+        return result;
+    };
     ASSERT_EQ(check(), HDR_OK);
-
-    EXPECT_EQ(gridAt(kBright), brightLevel);
-    EXPECT_EQ(gridAt(kDark), darkLevel);
-    EXPECT_EQ(gridAt(kMid), midLevel);
-    for (int y = 0; y < rows + 2; y++)
-        for (int x = 0; x < columns + 2; x++) {
-            const size_t framed = static_cast<size_t>(y * (columns + 2) + x);
-            const size_t inner = static_cast<size_t>(std::clamp(y - 1, 0, rows - 1) * columns +
-                                                     std::clamp(x - 1, 0, columns - 1));
-            EXPECT_EQ(preparation.gridPlane(kGridDarkLevel)[framed], darkLevel[inner]);
-            EXPECT_EQ(preparation.gridPlane(kGridMidLevel)[framed], midLevel[inner]);
-            EXPECT_EQ(preparation.gridPlane(kGridHighlight)[framed], midLevel[inner]);
-            EXPECT_EQ(preparation.gridPlane(kGridMidU)[framed], midU[inner]);
-            EXPECT_EQ(preparation.gridPlane(kGridMidV)[framed], midV[inner]);
-            EXPECT_EQ(static_cast<int16_t>(preparation.gridPlane(kGridDarkU)[framed]),
-                      darkU[inner] - midU[inner]);
-            EXPECT_EQ(static_cast<int16_t>(preparation.gridPlane(kGridDarkV)[framed]),
-                      darkV[inner] - midV[inner]);
-            for (const uint16_t *weights : context.check.cellWeights)
-                EXPECT_EQ(weights[framed], 0);
-        }
+    EXPECT_EQ(gridAt(kDark, cells()), darkLevel);
+    EXPECT_EQ(gridAt(kBright, cells()), brightLevel);
+    EXPECT_EQ(gridAt(kMid, cells()), midLevel);
+    expectFramed(kGridDarkLevel, darkLevel);
+    expectFramed(kGridMidLevel, midLevel);
+    expectFramed(kGridHighlight, midLevel);
+    expectFramed(kGridMidU, midU);
+    expectFramed(kGridMidV, midV);
+    expectFramed(kGridDarkU, difference(darkU, midU));
+    expectFramed(kGridDarkV, difference(darkV, midV));
+    for (const uint16_t *weights : context.check.cellWeights)
+        EXPECT_EQ(std::count(weights, weights + preparation.gridPlaneSize(), 0), 13 * 11);
     EXPECT_EQ(context.check.coarseGridWidth, 4);
     EXPECT_EQ(context.check.coarseGridHeight, 4);
     EXPECT_EQ(context.check.gridPending, 0);
     EXPECT_EQ(context.check.toneMatchFlag, 1);
+
+    context.renderFlag = 0;
+    ASSERT_EQ(check(), HDR_OK);
+    expectFramed(kGridDarkU, moved(darkU, kDark));
 }
 
 TEST_F(InputCheckTest, ColourDifferencesComeFromTheChromaHistograms) {
@@ -265,19 +271,22 @@ TEST_F(InputCheckTest, ColourDifferencesComeFromTheChromaHistograms) {
     EXPECT_EQ(context.check.colourDifferenceV, 3);
     EXPECT_EQ(context.check.colourCorrection, 1);
 
-    struct Case {
-        int mid, dark, correction;
-    };
-    const Case cases[] = {{129, 124, 0}, {129, 125, 1}, {132, 127, 0}, {132, 128, 1}, {128, 120, 1},
-                          {127, 132, 0}, {127, 131, 1}, {124, 129, 0}, {124, 128, 1}, {128, 140, 1}};
     for (int channel : {1, 2})
-        for (const Case &c : cases) {
-            setMeans(1, 128, 128, 128);
-            setMeans(2, 128, 128, 128);
-            setMeans(channel, c.dark, 128, c.mid);
+        for (const auto &[midMean, dark, correction] : {std::array{129, 124, 0},
+                                                        {129, 125, 1},
+                                                        {132, 127, 0},
+                                                        {133, 128, 1},
+                                                        {128, 120, 1},
+                                                        {127, 132, 0},
+                                                        {127, 131, 1},
+                                                        {124, 129, 0},
+                                                        {123, 128, 1},
+                                                        {128, 140, 1}}) {
+            setMeans(3 - channel, 128, 128, 128);
+            setMeans(channel, dark, 128, midMean);
             ASSERT_EQ(check(), HDR_OK);
-            EXPECT_EQ(context.check.colourCorrection, c.correction)
-                << channel << ": " << c.mid << ", " << c.dark;
+            EXPECT_EQ(context.check.colourCorrection, correction)
+                << channel << ": " << midMean << ", " << dark;
         }
 }
 
@@ -299,7 +308,9 @@ TEST_F(InputCheckTest, SceneAnalysisKnowsTheExposuresAndTheirSize) {
 }
 
 TEST_F(InputCheckTest, FailedAllocationsKeepThePreviousCellWeights) {
-    ASSERT_EQ(check(), HDR_OK);
+    test::Arena large(1 << 20);
+    ASSERT_EQ(check(large.memory()), HDR_OK);
+    ASSERT_EQ(check(large.memory()), HDR_OK);
     const uint16_t *before = context.check.cellWeights[0];
     const size_t plane = context.preparation.gridPlaneSize() * sizeof(uint16_t);
     for (size_t planes = 0; planes < 3; planes++) {
@@ -309,6 +320,8 @@ TEST_F(InputCheckTest, FailedAllocationsKeepThePreviousCellWeights) {
         EXPECT_EQ(context.check.cellWeights[0], before);
         EXPECT_EQ(context.check.gridPending, 0);
     }
+    context.check.release(large.memory());
+    EXPECT_TRUE(large.isEmpty());
 }
 
 } // namespace
