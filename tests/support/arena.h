@@ -6,6 +6,7 @@
 
 #include <cassert>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace hdr::test {
@@ -23,6 +24,17 @@ public:
     MemContext *memory() { return reinterpret_cast<MemContext *>(words.data()); }
     /// Whether everything that was allocated has been freed.
     bool isEmpty() { return first()->inUse == 0 && first()->size == capacity; }
+
+    using Chain = std::vector<std::pair<int64_t, uint64_t>>;
+    /// The blocks in order, as (payload size, in use).
+    Chain chain() {
+        Chain blocks;
+        for (ArenaHeader *block = first(); block->size != kArenaEnd;) {
+            blocks.emplace_back(block->size, block->inUse);
+            block = reinterpret_cast<ArenaHeader *>(reinterpret_cast<uint8_t *>(block + 1) + block->size);
+        }
+        return blocks;
+    }
 
 private:
     ArenaHeader *first() { return reinterpret_cast<ArenaHeader *>(words.data()); }

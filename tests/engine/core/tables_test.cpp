@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <vector>
+
 namespace hdr {
 namespace {
 
@@ -13,19 +16,24 @@ protected:
     Tables tables{};
 };
 
-TEST_F(TablesTest, GammaTablesAreInverse) {
-    for (int code = 0; code < 256; code++)
+TEST_F(TablesTest, ConstantsFollowTheirFormulas) {
+    for (int code = 0; code < 256; code++) { // the sRGB curve and its inverse
+        const double x = code / 255.0;
+        const double linear = x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
+        EXPECT_EQ(kGammaExpand[code], std::lround(4095 * linear)) << code;
         EXPECT_EQ(kGammaCompress[kGammaExpand[code]], code);
-    for (int level = 1; level < 4096; level++) {
-        const int step = kGammaCompress[level] - kGammaCompress[level - 1];
-        EXPECT_TRUE(step == 0 || step == 1) << level;
+        EXPECT_EQ(kFalloff[code], code <= 128 ? 256 : std::lround(256 * std::exp((128 - code) / 64.0)));
     }
-    EXPECT_EQ(kGammaCompress[4095], 255);
-    EXPECT_EQ(kGammaExpand[128], 884);
-    EXPECT_EQ(kFalloff[128], 256);
-    EXPECT_EQ(kFalloff[129], 252);
-    EXPECT_EQ(kFalloff[255], 35);
+    for (int level = 0; level < 4096; level++) {
+        const double x = level / 4095.0;
+        const double code = x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
+        EXPECT_EQ(kGammaCompress[level], std::lround(255 * code)) << level;
+    }
     EXPECT_EQ(kBitCount[0xB6], 5);
+    for (uint32_t i = 0; i < kReciprocalCount; i++)
+        ASSERT_EQ(tables.reciprocalTable[i], i ? 32768 / i : 0);
+    EXPECT_EQ(tables.toneMatchBrightToMid[200], 200);
+    EXPECT_EQ(tables.detailGain[32768], 1024);
 }
 
 TEST_F(TablesTest, ContrastCurveDipsAndRises) {
@@ -43,27 +51,21 @@ TEST_F(TablesTest, ContrastCurveDipsAndRises) {
 }
 
 TEST_F(TablesTest, SCurveQuarters) {
-    const uint8_t *curve = tables.sCurve8;
-    EXPECT_EQ(curve[0], 0);
-    EXPECT_EQ(curve[1024], 44);
-    EXPECT_EQ(curve[2048], 128);
-    EXPECT_EQ(curve[3072], 211);
-    EXPECT_EQ(curve[1000], (1000 - 300) >> 4);
-    EXPECT_EQ(curve[1500], (1500 - 164) >> 4); // 30 x 548 / 100 = 164.4
-    EXPECT_EQ(curve[2560], (2560 + 153) >> 4); // 30 x 512 / 100 = 153.6
-    // One below the mirror image of the lowest quarter: 3091 + 301 = 3392 = 212 x 16, one less gives 211.
-    EXPECT_EQ(curve[3091], 211);
-    EXPECT_EQ(curve[4095], 255);
-    for (int i = 0; i < 4096; i++)
-        ASSERT_EQ(curve[i], curve[4096 + i]);
-}
-
-TEST_F(TablesTest, ReciprocalsAndNeutralTables) {
-    EXPECT_EQ(tables.reciprocalTable[0], 0u);
-    EXPECT_EQ(tables.reciprocalTable[384], 85u);
-    EXPECT_EQ(tables.reciprocalTable[24575], 1u);
-    EXPECT_EQ(tables.toneMatchBrightToMid[200], 200);
-    EXPECT_EQ(tables.detailGain[32768], 1024);
+    std::vector<uint8_t> curve(4096);
+    for (int strength : {0, 25, 60, 100, 30}) {
+        buildSCurve(curve.data(), strength);
+        for (int i = 0; i < 4096; i++) {
+            // Away from the middle, most a quarter from it; the uppermost quarter mirrors the lowest one
+            // level lower.
+            const int fromEnd = i < 2048 ? std::min(i, 2048 - i) : std::min(i - 2048, 4096 - i);
+            const int stretch = strength * fromEnd / 100;
+            const int value = i < 2048 ? i - stretch : (i > 3071 ? i - 1 : i) + stretch;
+            ASSERT_EQ(curve[static_cast<size_t>(i)], value / 16) << i << " at " << strength;
+        }
+    }
+    // The strength at creation is 30, and the table holds the curve twice.
+    for (size_t i = 0; i < 8192; i++)
+        ASSERT_EQ(tables.sCurve8[i], curve[i % 4096]);
 }
 
 } // namespace

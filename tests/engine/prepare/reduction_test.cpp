@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <vector>
 
 namespace hdr {
@@ -50,25 +51,22 @@ TEST(Reduction, EveryFormatAgainstItsLattice) {
     for (uint32_t format : kFormats)
         for (const auto &[width, height] : {std::pair{48, 32}, {53, 39}, {100, 107}}) {
             const Picture picture(format, width, height, test::noise(format));
-            const Region part = {6, 3, width - 2, height - 1};
-            for (const Region *region : {static_cast<const Region *>(nullptr), &part}) {
+            const Region whole = {0, 0, width - 1, height - 1}, part = {6, 3, width - 2, height - 1};
+            for (const Region &region : {whole, part}) {
                 Offscreen reduced{};
-                ASSERT_EQ(reduceToWorking(nullptr, &picture.record, &reduced, region, 8, 1), HDR_OK);
-                const int x0 = region ? region->x0 : 0;
-                const int y0 = region ? region->y0 : 0;
-                const int x1 = region ? region->x1 : width - 1;
-                const int y1 = region ? region->y1 : height - 1;
+                ASSERT_EQ(
+                    reduceToWorking(nullptr, &picture.record, &reduced, region.x0 ? &region : nullptr, 8, 1),
+                    HDR_OK);
                 EXPECT_EQ(reduced.u32PixelArrayFormat, 0x604u);
-                ASSERT_EQ(reduced.i32Width, (x1 + 1 - x0) / 16 * 2);
-                ASSERT_EQ(reduced.i32Height, (y1 + 1 - y0) / 16 * 2);
+                ASSERT_EQ(reduced.i32Width, (region.x1 + 1 - region.x0) / 16 * 2);
+                ASSERT_EQ(reduced.i32Height, (region.y1 + 1 - region.y0) / 16 * 2);
                 for (int channel = 0; channel < 3; channel++) {
                     EXPECT_EQ(reduced.pi32Pitch[channel], reduced.i32Width);
                     for (int y = 0; y < reduced.i32Height; y++)
                         for (int x = 0; x < reduced.i32Width; x++) {
-                            const auto samples = lattice(picture.record, channel, x0 + 8 * x, y0 + 8 * y);
-                            int sum = 0;
-                            for (size_t i = 0; i < 8; i++)
-                                sum += samples[i];
+                            const auto samples =
+                                lattice(picture.record, channel, region.x0 + 8 * x, region.y0 + 8 * y);
+                            int sum = std::accumulate(samples.begin(), samples.end() - 1, 0);
                             if (format == 0x501)
                                 sum -= sum % 8;
                             sum += samples[8];
@@ -92,14 +90,6 @@ TEST(Reduction, ConstantBlocksLoseALevel) {
                 EXPECT_EQ(reduced.ppu8Plane[0][i], std::max(level - 1, 0));
             engineFree(nullptr, reduced.ppu8Plane[0]);
         }
-    // Eight packed samples of sum 87 count as 80: 180 x 116508 / 2^20 = 19.99, where 187 would give 20.
-    Picture packed(0x501, 16, 16, [] { return uint8_t{10}; });
-    packed.planes[0][0] = 17;
-    packed.planes[0][6 * 32 + 12] = 100;
-    Offscreen reduced{};
-    ASSERT_EQ(reduceToWorking(nullptr, &packed.record, &reduced, nullptr, 8, 1), HDR_OK);
-    EXPECT_EQ(reduced.ppu8Plane[0][0], 19);
-    engineFree(nullptr, reduced.ppu8Plane[0]);
 }
 
 TEST(Reduction, WritesOnlyItsPixels) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "engine/prepare/registered_pictures.h"
 
-#include "engine/core/memory.h"
 #include "engine/core/plane.h"
 #include "engine/prepare/features.h"
+#include "engine/prepare/reduction.h"
 #include "engine/prepare/tone_correction.h"
 #include "engine/prepare/warp_grids.h"
 #include "tests/support/picture.h"
@@ -22,107 +22,99 @@ namespace {
 
 constexpr int kWidth = 48, kHeight = 32;
 
-/// A luminance plane as a reduced picture, of one tint.
-struct Luma {
-    std::vector<uint8_t> samples = std::vector<uint8_t>(kWidth * kHeight);
-    std::vector<uint8_t> u = std::vector<uint8_t>(kWidth * kHeight, uint8_t{128}), v = u;
-    Offscreen record{
-        HDR_FORMAT_YUV444, kWidth, kHeight, {samples.data(), u.data(), v.data()}, {kWidth, kWidth, kWidth}};
+using Tones = std::array<uint8_t, 256>;
 
-    explicit Luma(const std::function<int(int, int)> &level) {
+/// A reduced picture of one tint.
+struct Luma : test::Picture {
+    explicit Luma(const std::function<int(int, int)> &level, int u = 128, int v = 128)
+        : Picture(HDR_FORMAT_YUV444, kWidth, kHeight, [] { return uint8_t{0}; }) {
+        planes[1].assign(planes[1].size(), static_cast<uint8_t>(u));
+        planes[2].assign(planes[2].size(), static_cast<uint8_t>(v));
         for (int y = 0; y < kHeight; y++)
             for (int x = 0; x < kWidth; x++)
-                samples[static_cast<size_t>(y * kWidth + x)] = static_cast<uint8_t>(level(x, y));
+                planeOf(record)(x, y) = static_cast<uint8_t>(level(x, y));
     }
-    explicit Luma(int level) : Luma([level](int, int) { return level; }) {}
-    Luma(const Luma &) = delete;
-    Luma &operator=(const Luma &) = delete;
-    uint8_t at(int x, int y) const { return samples[static_cast<size_t>(y * kWidth + x)]; }
+    explicit Luma(int level, int u = 128, int v = 128) : Luma([level](int, int) { return level; }, u, v) {}
 };
 
-/// What becomes of plain pictures: `own` is the exposure's level, `match` that level in the reference's
-/// tones.
-int replaced(int reference, int own, int match) {
-    Luma registered(match);
-    const std::vector<uint8_t> tones(256, static_cast<uint8_t>(match));
-    replaceUnmeasurable(nullptr, Luma(reference).record, Luma(own).record, tones.data(), registered.record);
-    return registered.at(5, 5);
+/// What the registered picture of an exposure becomes, in row 5, when its levels stand for `tones`.
+std::vector<uint8_t> replaced(const Luma &reference, const Luma &own, const Tones &tones) {
+    const Luma registered([&](int x, int y) { return tones[planeOf(own.record)(x, y)]; });
+    EXPECT_EQ(replaceUnmeasurable(nullptr, reference.record, own.record, tones.data(), registered.record),
+              HDR_OK);
+    const uint8_t *row = planeOf(registered.record).row(5);
+    return {row, row + kWidth};
 }
 
-TEST(ReplaceUnmeasurable, AClippedExposureCannotContradictABrighterReference) {
-    EXPECT_EQ(replaced(225, 234, 190), 225);
-    EXPECT_EQ(replaced(210, 226, 190), 210);
-    EXPECT_EQ(replaced(170, 234, 190), 170); // the tones are not that exact
-    EXPECT_EQ(replaced(60, 234, 190), 190);  // something dark stands there in the reference only
-    EXPECT_EQ(replaced(191, 190, 180), 180); // not clipped
-    // Softly: half way up the ramp, half of the difference.
-    EXPECT_EQ(replaced(200, 209, 180), 190);
-    // What the tones say beyond the level of clipping means nothing.
-    std::vector<uint8_t> tones(256, 100);
-    std::fill(tones.begin() + 227, tones.end(), uint8_t{190});
-    Luma registered(190);
-    replaceUnmeasurable(nullptr, Luma(105).record, Luma(234).record, tones.data(), registered.record);
-    EXPECT_EQ(registered.at(5, 5), 105);
+Tones makeTones(const std::function<size_t(size_t)> &level) {
+    Tones tones;
+    for (size_t i = 0; i < tones.size(); i++)
+        tones[i] = static_cast<uint8_t>(level(i));
+    return tones;
 }
 
-TEST(ReplaceUnmeasurable, ACrushedExposureCannotContradictADarkerReference) {
-    EXPECT_EQ(replaced(18, 16, 40), 18);
-    EXPECT_EQ(replaced(60, 17, 40), 60);
-    EXPECT_EQ(replaced(180, 16, 40), 40);
-    EXPECT_EQ(replaced(60, 25, 40), 40);
-}
-
-TEST(ReplaceUnmeasurable, TheReferenceCanBeClippedToo) {
-    EXPECT_EQ(replaced(234, 150, 228), 234);
-    EXPECT_EQ(replaced(234, 60, 90), 90);
+TEST(ReplaceUnmeasurable, AnExposureCannotContradictWhatItCannotMeasure) {
+    // Plain pictures: the exposure's level, and that level in the reference's tones.
+    for (const auto &[reference, own, match, expected] : {
+             std::array{225, 234, 190, 225}, // clipped: what is brighter is no contradiction
+             {210, 226, 190, 210},
+             {170, 234, 190, 170}, // the tones are not that exact
+             {148, 234, 190, 162}, // 10 of 32 levels too dark: 176 / 256 of the way
+             {60, 234, 190, 190},  // something dark stands there in the reference only
+             {191, 190, 180, 180}, // not clipped
+             {200, 209, 180, 190}, // half way up the ramp, half of the difference
+             {18, 16, 40, 18},     // crushed: what is darker is no contradiction
+             {60, 17, 40, 60},
+             {180, 16, 40, 40},
+             {60, 25, 40, 40},
+             {234, 150, 228, 234}, // the reference can be clipped too
+             {234, 60, 90, 90},
+         }) {
+        const Tones tones = makeTones([match = match](size_t) { return match; });
+        EXPECT_EQ(replaced(Luma(reference), Luma(own), tones)[5], expected) << reference << ' ' << own;
+    }
+    // What the tones say beyond the levels of clipping and crushing means nothing.
+    const Tones ends = makeTones([](size_t i) { return i > 226 ? 190 : i < 17 ? 20 : 100; });
+    EXPECT_EQ(replaced(Luma(105), Luma(234), ends)[5], 105);
+    EXPECT_EQ(replaced(Luma(95), Luma(10), ends)[5], 95);
 }
 
 TEST(ReplaceUnmeasurable, PixelsBesideClippedOnesAreClippedInPart) {
-    const auto sky = [](int x, int) { return x < 20 ? 234 : 120; };
-    Luma own(sky), registered([](int x, int) { return x < 20 ? 220 : 100; });
     // The reference sees the sky reach into column 20.
-    Luma reference([](int x, int) { return x < 20 ? 220 : x == 20 ? 170 : 100; });
-    std::vector<uint8_t> tones(256, 100);
-    std::fill(tones.begin() + 200, tones.end(), uint8_t{220});
-    replaceUnmeasurable(nullptr, reference.record, own.record, tones.data(), registered.record);
-    EXPECT_EQ(registered.at(19, 9), 220);
-    EXPECT_EQ(registered.at(20, 9), 170);
-    EXPECT_EQ(registered.at(21, 9), 100);
+    const Luma own([](int x, int) { return x < 20 ? 234 : 120; });
+    const Luma reference([](int x, int) { return x < 20 ? 220 : x == 20 ? 170 : 100; });
+    const auto row = replaced(reference, own, makeTones([](size_t i) { return i < 200 ? 100 : 220; }));
+    EXPECT_EQ(row[19], 220);
+    EXPECT_EQ(row[20], 170);
+    EXPECT_EQ(row[21], 100);
 }
 
 TEST(ReplaceUnmeasurable, ASaturatedColorClipsInOneChannel) {
     // The reference shows a red of 216, 66, 58 on the scale of luminance.
-    std::vector<uint8_t> tones(256);
-    for (size_t i = 0; i < tones.size(); i++)
-        tones[i] = static_cast<uint8_t>(i * 8 / 10);
-    const auto registeredAs = [&](uint8_t ownLevel, uint8_t ownV) {
-        Luma reference(110), own(ownLevel), registered(tones[ownLevel]);
-        std::fill(reference.u.begin(), reference.u.end(), uint8_t{98});
-        std::fill(reference.v.begin(), reference.v.end(), uint8_t{205});
-        std::fill(own.u.begin(), own.u.end(), uint8_t{101});
-        std::fill(own.v.begin(), own.v.end(), ownV);
-        EXPECT_EQ(replaceUnmeasurable(nullptr, reference.record, own.record, tones.data(), registered.record),
-                  HDR_OK);
-        return registered.at(5, 5);
-    };
-    EXPECT_EQ(registeredAs(130, 200), 110); // 229, 89, 83: red is clipped, green and blue agree
-    EXPECT_GE(registeredAs(195, 152), 152); // 228, 187, 149: a pale thing that stands in front of the red
+    const Luma reference(110, 98, 205);
+    const Tones tones = makeTones([](size_t i) { return i * 8 / 10; });
+    // 229, 89, 83: red is clipped, green and blue agree.
+    EXPECT_EQ(replaced(reference, Luma(130, 101, 200), tones)[5], 110);
+    // 228, 187, 149: a pale thing that stands in front of the red.
+    EXPECT_GE(replaced(reference, Luma(195, 101, 152), tones)[5], 152);
+    // Red of 131 + (351 x 58 + 128 >> 8) = 211 is clipped to 19 x 256 / 34 = 143 / 256, blue of
+    // 67 + (444 x 80 + 128 >> 8) = 206 to 14 x 256 / 34 = 105 / 256.
+    EXPECT_EQ(replaced(Luma(70), Luma(131, 128, 186), makeTones([](size_t) { return 100; }))[5],
+              100 - 30 * 143 / 256);
+    EXPECT_EQ(replaced(Luma(70), Luma(67, 208, 128), makeTones([](size_t) { return 100; }))[5],
+              100 - 30 * 105 / 256);
 }
 
 class ToneCorrection : public testing::Test {
 protected:
-    std::array<uint8_t, 256> correct(const Luma &reference, const Luma &own, const Rect &valid) {
-        std::array<uint8_t, 256> tones{};
+    Tones correct(const Luma &reference, const Luma &own, const Rect &valid) {
+        Tones tones{};
         EXPECT_EQ(correctTones(nullptr, planeOf(reference.record), planeOf(own.record), valid,
                                identity.data(), tones),
                   HDR_OK);
         return tones;
     }
-    void SetUp() override {
-        for (size_t i = 0; i < 256; i++)
-            identity[i] = static_cast<uint8_t>(i);
-    }
-    std::array<uint8_t, 256> identity;
+    Tones identity = makeTones([](size_t i) { return i; });
     const Rect whole = {0, 0, kWidth, kHeight};
 };
 
@@ -156,8 +148,7 @@ TEST_F(ToneCorrection, KnowsWhereTheReferenceIsClippedAndNeverFalls) {
     // tones fall where few pixels guide them.
     const Luma own([](int x, int) { return 60 + 3 * x; });
     const Luma reference([](int x, int) { return std::min(2 * (60 + 3 * x), 234); });
-    for (size_t i = 0; i < 256; i++)
-        identity[i] = static_cast<uint8_t>(i < 150 ? std::min<size_t>(2 * i, 234) : 234 - (i - 150));
+    identity = makeTones([](size_t i) { return i < 150 ? std::min<size_t>(2 * i, 234) : 234 - (i - 150); });
     const auto tones = correct(reference, own, whole);
     EXPECT_EQ(tones[100], 200);
     for (size_t i = 120; i < 256; i++)
@@ -165,28 +156,13 @@ TEST_F(ToneCorrection, KnowsWhereTheReferenceIsClippedAndNeverFalls) {
     EXPECT_TRUE(std::is_sorted(tones.begin(), tones.end()));
 }
 
-/// The reduced samples of the block that the input shows where the reference has reduced pixel (x, y), or
-/// false when some of it lies outside: the slow way, with the displacement in floating point.
-bool reducedBlock(const Alignment &alignment, const Offscreen &picture, int x, int y,
-                  std::array<int, 3> &reduced) {
-    const Vector centre = fullPosition({static_cast<double>(x), static_cast<double>(y)});
-    const Vector displacement = warpDisplacement(alignment, 0, centre);
-    const int wantedX = 8 * x - static_cast<int>(std::floor(displacement.x + 0.5));
-    const int wantedY = 8 * y - static_cast<int>(std::floor(displacement.y + 0.5));
-    const int left = std::clamp(wantedX, 0, picture.i32Width - 8);
-    const int top = std::clamp(wantedY, 0, picture.i32Height - 8);
-    for (int channel = 0; channel < 3; channel++) {
-        int firstEight = 0, sample = 0;
-        for (int i = 0; i < 9; i++) {
-            firstEight += sample;
-            const int lumaColumn = left + std::array{0, 2, 6}[static_cast<size_t>(i % 3)];
-            const int pair = left / 2 + std::array{0, 1, 3}[static_cast<size_t>(i % 3)];
-            const int column = channel == 0 ? 2 * lumaColumn : 4 * pair + 2 * channel - 1;
-            sample = picture.ppu8Plane[0][(top + 3 * (i / 3)) * picture.pi32Pitch[0] + column];
-        }
-        reduced[static_cast<size_t>(channel)] = (firstEight / 8 * 8 + sample) * 116508 / 1048576;
-    }
-    return left == wantedX && top == wantedY;
+/// Where the input shows what the reference has in reduced pixel (x, y): the slow way, with the displacement
+/// in floating point.
+BlockCorner displacedCorner(const Alignment &alignment, int x, int y) {
+    const Vector displacement =
+        warpDisplacement(alignment, 0, fullPosition({static_cast<double>(x), static_cast<double>(y)}));
+    return {8 * x - static_cast<int>(std::floor(displacement.x + 0.5)),
+            8 * y - static_cast<int>(std::floor(displacement.y + 0.5))};
 }
 
 TEST(ReduceAligned, FollowsTheDisplacementToTheNearestPixel) {
@@ -204,23 +180,20 @@ TEST(ReduceAligned, FollowsTheDisplacementToTheNearestPixel) {
         alignment.globalShift[0][0] = shiftX;
         alignment.globalShift[0][1] = shiftY;
         const int width = 80, height = 66;
-        std::vector<uint8_t> samples(3 * width * height);
-        Offscreen reduced = {
-            HDR_FORMAT_YUV444,
-            width,
-            height,
-            {samples.data(), samples.data() + width * height, samples.data() + 2 * width * height},
-            {width, width, width}};
+        test::Picture reduced(HDR_FORMAT_YUV444, width, height, test::noise(4));
         Rect valid;
-        ASSERT_EQ(reduceAligned(nullptr, alignment, 0, picture.record, reduced, valid), HDR_OK);
+        ASSERT_EQ(reduceAligned(nullptr, alignment, 0, picture.record, reduced.record, valid), HDR_OK);
         for (int y = 0; y < height; y++) {
             for (int x = 0; x < width; x++) {
-                std::array<int, 3> expected;
-                const bool inside = reducedBlock(alignment, picture.record, x, y, expected);
+                const BlockCorner wanted = displacedCorner(alignment, x, y);
+                const BlockCorner inside = {std::clamp(wanted.x, 0, 644 - 8),
+                                            std::clamp(wanted.y, 0, 533 - 8)};
+                test::Picture expected(HDR_FORMAT_YUV444, 1, 1, test::noise(4));
+                reduceBlocks(&picture.record, &expected.record, 0, &inside);
                 for (int plane = 0; plane < 3; plane++)
-                    ASSERT_EQ(planeOf(reduced, plane)(x, y), expected[static_cast<size_t>(plane)])
+                    ASSERT_EQ(planeOf(reduced.record, plane)(x, y), planeOf(expected.record, plane)(0, 0))
                         << plane << " at " << x << ", " << y;
-                if (!inside) {
+                if (inside.x != wanted.x || inside.y != wanted.y) {
                     EXPECT_FALSE(x >= valid.x0 && x < valid.x1 && y >= valid.y0 && y < valid.y1);
                 }
             }

@@ -2,7 +2,6 @@
 #include "engine/prepare/tone_match.h"
 
 #include "engine/core/context.h"
-#include "engine/prepare/quantiles.h"
 #include "tests/support/arena.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace hdr {
@@ -26,102 +26,74 @@ Histogram at(const std::vector<int> &levels) {
     return histogram;
 }
 
-TEST(Quantiles, EachTakesABinOfItsOwn) {
-    const auto levels = [](const Histogram &histogram, uint32_t count) {
-        std::array<int, 5> found = {-1, -1, -1, -1, -1};
-        findQuantiles(histogram.data(), count, 4, found.data());
-        return found;
-    };
-    Histogram histogram = at({10, 20, 30, 40});
-    EXPECT_EQ(levels(histogram, 2000), (std::array{-1, 10, 20, 30, 40}));
-    histogram[10]--; // the quarter is now reached one bin late
-    histogram[11]++;
-    EXPECT_EQ(levels(histogram, 2000), (std::array{-1, 11, 20, 30, 40}));
-    EXPECT_EQ(levels(at({100}), 2000), (std::array{-1, 100, 101, 102, 103}));
-    EXPECT_EQ(levels(at({254}), 2000), (std::array{-1, 254, 255, 255, 255}));
-    EXPECT_EQ(levels(at({10, 20}), 4000), (std::array{-1, 10, 20, 255, 255})); // half of them missing
+/// The table for exposures with the given deciles.
+Table matched(const std::vector<int> &source, const std::vector<int> &target, int flag = 0) {
+    Table table;
+    EXPECT_EQ(build_tone_match(table.data(), at(source).data(), at(target).data(), 2000, 0, flag), HDR_OK);
+    return table;
+}
+
+using Expected = std::vector<std::pair<size_t, int>>; ///< levels and their matches
+
+void expectMatches(const Table &table, const Expected &expected) {
+    for (const auto &[level, match] : expected)
+        EXPECT_EQ(table[level], match) << "for level " << level;
 }
 
 TEST(ToneMatch, SegmentsBetweenDeciles) {
     Histogram flat;
     flat.fill(10);
-    Table table;
     for (int flag : {0, 1}) {
-        EXPECT_EQ(build_tone_match(table.data(), flat.data(), flat.data(), 2560, 0, flag), HDR_OK);
+        Table table;
+        build_tone_match(table.data(), flat.data(), flat.data(), 2560, 0, flag);
         for (size_t x = 0; x < 256; x++)
             EXPECT_EQ(table[x], x);
     }
-    const Histogram source = at({20, 40, 60, 80, 100, 120, 140, 160, 180, 200});
-    const Histogram target = at({10, 13, 73, 83, 93, 103, 113, 123, 133, 143});
-    build_tone_match(table.data(), source.data(), target.data(), 2000, 0, 0);
-    EXPECT_EQ(table[0], 0);
-    EXPECT_EQ(table[19], 9); // 19 x 10 / 20
-    EXPECT_EQ(table[20], 10);
-    EXPECT_EQ(table[39], 12); // 19 x 3 / 20 + 10
-    EXPECT_EQ(table[59], 70); // 19 x 60 / 20 + 13
-    EXPECT_EQ(table[199], 142);
-    EXPECT_EQ(table[200], 143);
-    EXPECT_EQ(table[255], 143);
+    // 19 x 10 / 20, 19 x 3 / 20 + 10, 19 x 60 / 20 + 13
+    expectMatches(matched({20, 40, 60, 80, 100, 120, 140, 160, 180, 200},
+                          {10, 13, 73, 83, 93, 103, 113, 123, 133, 143}),
+                  {{0, 0}, {19, 9}, {20, 10}, {39, 12}, {59, 70}, {199, 142}, {200, 143}, {255, 143}});
 }
 
 TEST(ToneMatch, DarkEndContinuesTheSlopeAbove) {
-    Table table;
-    const auto match = [&](const std::vector<int> &source, const std::vector<int> &target) {
-        build_tone_match(table.data(), at(source).data(), at(target).data(), 2000, 0, 0);
-    };
+    const std::vector<int> tens = {10, 20, 30, 40, 50, 60, 70, 80, 90, 100};
     // From (10, 30) down with the slope of 20 / 10 to the next decile.
-    match({10, 20, 30, 40, 50, 60, 70, 80, 90, 100}, {30, 50, 60, 70, 80, 90, 100, 110, 120, 130});
-    EXPECT_EQ(table[0], 10);
-    EXPECT_EQ(table[9], 28);
-    EXPECT_EQ(table[10], 30);
+    expectMatches(matched(tens, {30, 50, 60, 70, 80, 90, 100, 110, 120, 130}), {{0, 10}, {9, 28}, {10, 30}});
     // Steeper than the point is high: stops at 0.
-    match({10, 20, 30, 40, 50, 60, 70, 80, 90, 100}, {30, 90, 100, 110, 120, 130, 140, 150, 160, 170});
-    EXPECT_EQ(table[4], 0);
-    EXPECT_EQ(table[6], 6);
+    expectMatches(matched(tens, {30, 90, 100, 110, 120, 130, 140, 150, 160, 170}), {{4, 0}, {6, 6}});
     // Deciles below 4 give no slope: from the third, (5, 20), with the mean of the slopes 12/3 and 20/10.
-    match({1, 2, 5, 15, 50, 60, 70, 80, 90, 100}, {4, 8, 20, 40, 80, 90, 100, 110, 120, 130});
-    EXPECT_EQ(table[0], 5);
-    EXPECT_EQ(table[4], 17);
-    EXPECT_EQ(table[5], 20);
+    const std::vector<int> target = {4, 8, 20, 40, 80, 90, 100, 110, 120, 130};
+    expectMatches(matched({1, 2, 5, 15, 50, 60, 70, 80, 90, 100}, target), {{0, 5}, {4, 17}, {5, 20}});
+    // At 4 they do: (2, 4) with 4 / 2.
+    expectMatches(matched({2, 4, 5, 15, 50, 60, 70, 80, 90, 100}, target), {{0, 0}, {1, 2}, {3, 6}});
     // No segment on its right: left as it is.
-    match({1, 2, 255, 255, 255, 255, 255, 255, 255, 255}, {4, 8, 20, 40, 80, 90, 100, 110, 120, 130});
-    EXPECT_EQ(table[0], 0);
-    EXPECT_EQ(table[1], 4);
-    // Not where the target is the darker one.
-    match({30, 50, 60, 70, 80, 90, 100, 110, 120, 130}, {10, 20, 30, 40, 50, 60, 70, 80, 90, 100});
-    EXPECT_EQ(table[15], 5);
+    expectMatches(matched({1, 2, 255, 255, 255, 255, 255, 255, 255, 255}, target), {{0, 0}, {1, 4}});
+    // Only where the target is the brighter one.
+    expectMatches(matched({30, 50, 60, 70, 80, 90, 100, 110, 120, 130}, tens), {{15, 5}});
+    expectMatches(matched(tens, {10, 40, 60, 70, 80, 90, 100, 110, 120, 130}), {{5, 5}});
 }
 
 TEST(ToneMatch, BrightEndKeepsItsSlopeOrTurnsToTheIdentity) {
-    Table table;
-    const auto match = [&](const std::vector<int> &source, const std::vector<int> &target, int flag) {
-        build_tone_match(table.data(), at(source).data(), at(target).data(), 2000, 0, flag);
-    };
     const std::vector<int> source = {20, 40, 60, 80, 100, 120, 140, 230, 245, 250};
-    const std::vector<int> target = {10, 30, 50, 70, 90, 110, 130, 200, 215, 250};
-    match(source, target, 0);
-    EXPECT_EQ(table[247], 217); // slope 15 / 15 past the ninth decile
-    EXPECT_EQ(table[250], 250);
-    match(source, target, 1);
-    EXPECT_EQ(table[231], 203);
-    EXPECT_EQ(table[247], 251); // 200 + 17 x 45 / 15
-    EXPECT_EQ(table[249], 255); // 257, saturated
-    EXPECT_EQ(table[250], 250);
+    std::vector<int> target = {10, 30, 50, 70, 90, 110, 130, 200, 215, 250};
+    expectMatches(matched(source, target), {{247, 217}, {250, 250}}); // slope 15 / 15 past the ninth decile
+    // 200 + 17 x 45 / 15, and 257, saturated
+    expectMatches(matched(source, target, 1), {{231, 203}, {247, 251}, {249, 255}, {250, 250}});
     // Not where the target is as bright as the source there.
-    std::vector<int> brighter = target;
-    brighter[7] = 230;
-    brighter[8] = 232;
-    match(source, brighter, 1);
-    EXPECT_EQ(table[244], 231);
-    // Nor before the second decile, nor where the source does not reach the bright end.
-    match({20, 230, 240, 255, 255, 255, 255, 255, 255, 255},
-          {10, 200, 215, 220, 225, 230, 235, 240, 245, 250}, 1);
-    EXPECT_EQ(table[231], 204); // 200 + 40 / 10
-    match({20, 245, 255, 255, 255, 255, 255, 255, 255, 255},
-          {10, 215, 220, 225, 230, 235, 240, 245, 246, 250}, 1);
-    EXPECT_EQ(table[200], 174); // 10 + 180 x 205 / 225
-    match({20, 40, 60, 80, 100, 120, 140, 160, 180, 239}, {10, 30, 50, 70, 90, 110, 130, 150, 160, 170}, 1);
-    EXPECT_EQ(table[238], 169); // 160 + 58 x 10 / 59
+    target[7] = 230;
+    target[8] = 232;
+    expectMatches(matched(source, target, 1), {{244, 231}});
+    // Nor before the second decile (200 + 40 / 10, 10 + 180 x 205 / 225), nor where the source does not reach
+    // the bright end (160 + 58 x 10 / 59).
+    expectMatches(matched({20, 230, 240, 255, 255, 255, 255, 255, 255, 255},
+                          {10, 200, 215, 220, 225, 230, 235, 240, 245, 250}, 1),
+                  {{231, 204}});
+    expectMatches(matched({20, 245, 255, 255, 255, 255, 255, 255, 255, 255},
+                          {10, 215, 220, 225, 230, 235, 240, 245, 246, 250}, 1),
+                  {{200, 174}});
+    expectMatches(matched({20, 40, 60, 80, 100, 120, 140, 160, 180, 239},
+                          {10, 30, 50, 70, 90, 110, 130, 150, 160, 170}, 1),
+                  {{238, 169}});
 }
 
 /// The table of the quartic that fits the points (0, 0) and (source[i], target[i]) best, its normal equations
@@ -189,10 +161,13 @@ protected:
         build_tone_match(table.data(), histograms[source].data(), histograms[target].data(), 2000, 0, flag);
         return table;
     }
-    static Table copyOf(const uint8_t *table) {
-        Table copy;
-        std::copy_n(table, 256, copy.begin());
-        return copy;
+    const uint8_t *match(int index) {
+        const uint8_t *forward = nullptr;
+        EXPECT_EQ(matchTones(nullptr, &context, index, 2000, &forward), HDR_OK);
+        return forward;
+    }
+    static void expectTable(const uint8_t *table, const Table &expected) {
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), table));
     }
 
     HdrContext context{};
@@ -201,36 +176,29 @@ protected:
 
 TEST_F(MatchTonesTest, DarkExposureFadesFromDecilesToTheFineTable) {
     context.preparedOnce = 1;
-    const uint8_t *forward = nullptr;
-    ASSERT_EQ(matchTones(nullptr, &context, 2, 2000, &forward), HDR_OK);
-    ASSERT_EQ(forward, context.tables.toneMatchDarkToMid);
-    const Table coarse = deciles(2, 0, 0);
-    Table fine;
+    const Tables &tables = context.tables;
+    ASSERT_EQ(match(2), tables.toneMatchDarkToMid);
+    Table faded = deciles(2, 0, 0), fine;
     build_tone_match_fine(fine.data(), histograms[2].data(), histograms[0].data(), 2000);
-    for (size_t x : {0u, 20u, 63u, 64u})
-        EXPECT_EQ(forward[x], coarse[x]);
-    for (size_t x : {192u, 230u, 255u})
-        EXPECT_EQ(forward[x], fine[x]);
-    EXPECT_EQ(forward[128], (coarse[128] + fine[128] + 1) / 2);
-    EXPECT_EQ(forward[160], (coarse[160] + 3 * fine[160] + 2) / 4);
-    EXPECT_EQ(copyOf(context.tables.toneMatchMidToDark), deciles(0, 2, 1));
-    EXPECT_EQ(context.tables.toneMatchBrightToMid[100], 100); // untouched
-
-    ASSERT_EQ(matchTones(nullptr, &context, 1, 2000, &forward), HDR_OK);
-    EXPECT_EQ(forward, context.tables.toneMatchBrightToMid);
-    EXPECT_EQ(copyOf(forward), deciles(1, 0, 0));
-    EXPECT_EQ(copyOf(context.tables.toneMatchMidToBright), deciles(0, 1, 1));
+    for (size_t x = 64; x < 256; x++) // in 128 steps, rounded
+        faded[x] =
+            x < 192 ? static_cast<uint8_t>(((192 - x) * faded[x] + (x - 64) * fine[x] + 64) / 128) : fine[x];
+    expectTable(tables.toneMatchDarkToMid, faded);
+    expectTable(tables.toneMatchMidToDark, deciles(0, 2, 1));
+    EXPECT_EQ(tables.toneMatchBrightToMid[100], 100); // untouched
+    ASSERT_EQ(match(1), tables.toneMatchBrightToMid);
+    expectTable(tables.toneMatchBrightToMid, deciles(1, 0, 0));
+    expectTable(tables.toneMatchMidToBright, deciles(0, 1, 1));
 
     test::Arena arena(248);
+    const uint8_t *forward = nullptr;
     EXPECT_EQ(matchTones(arena.memory(), &context, 2, 2000, &forward), HDR_ERR_NOMEM);
 }
 
 TEST_F(MatchTonesTest, UnpreparedContextsGoByPosition) {
-    const uint8_t *forward = nullptr;
-    ASSERT_EQ(matchTones(nullptr, &context, 2, 2000, &forward), HDR_OK);
-    EXPECT_EQ(forward, context.tables.toneMatchBrightToMid);
-    ASSERT_EQ(matchTones(nullptr, &context, 1, 2000, &forward), HDR_OK);
-    EXPECT_EQ(forward, context.tables.toneMatchDarkToMid);
+    EXPECT_EQ(match(2), context.tables.toneMatchBrightToMid);
+    EXPECT_EQ(match(1), context.tables.toneMatchDarkToMid);
+    EXPECT_EQ(match(0), context.tables.toneMatchDarkToMid);
 }
 
 } // namespace

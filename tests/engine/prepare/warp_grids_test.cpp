@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 namespace hdr {
@@ -62,24 +64,23 @@ TEST(WarpGrids, NodesLieOnBothSidesOfEveryPixel) {
 TEST(WarpGrids, NearlyWholeShiftsStayWhole) {
     Grids grids;
     WarpField field(nullptr, kWidth, kHeight);
-    fill(field, [](double, double) { return Vector{-12.5, 7.2}; });
-    fill(field, [](double, double) { return Vector{-12.75, 7.2}; });
-    roundWarpField(field, grids.alignment, 0);
-    EXPECT_EQ(grids.alignment.globalShift[0][0], -13);
-    EXPECT_EQ(grids.alignment.globalShift[0][1], 7);
-    for (size_t i = 0; i < grids.x.size(); i++) {
-        EXPECT_EQ(grids.x[i], 0);
-        EXPECT_EQ(grids.y[i], 0);
+    // Of a shift of more than 64 pixels the grids take whole cells of 32.
+    for (const auto &[displacement, shift, cells] :
+         {std::tuple{Vector{-12.75, 7.2}, std::array{-13, 7}, std::array{0, 0}},
+          {Vector{0.2, -0.2}, {0, 0}, {0, 0}},
+          {Vector{-101, 64}, {-37, 64}, {-2, 0}},
+          {Vector{96, -65}, {64, -33}, {1, -1}}}) {
+        fill(field, [&](double, double) { return displacement; });
+        roundWarpField(field, grids.alignment, 0);
+        for (size_t axis : {0u, 1u}) {
+            EXPECT_EQ(grids.alignment.globalShift[0][axis], shift[axis]);
+            EXPECT_EQ(grids.alignment.gridShift[0][axis], cells[axis]);
+            const std::vector<int32_t> &nodes = axis ? grids.y : grids.x;
+            EXPECT_EQ(std::count(nodes.begin(), nodes.end(), 32 * cells[axis]), std::ssize(nodes));
+        }
+        EXPECT_EQ(isUnmoved(grids.alignment, 0), shift[0] == 0);
     }
-    EXPECT_FALSE(isUnmoved(grids.alignment, 0));
-    fill(field, [](double, double) { return Vector{0.2, -0.2}; });
-    roundWarpField(field, grids.alignment, 0);
-    EXPECT_TRUE(isUnmoved(grids.alignment, 0));
-}
-
-TEST(WarpGrids, HalvesAreRoundedAwayFromZeroInTheShift) {
-    Grids grids;
-    WarpField field(nullptr, kWidth, kHeight);
+    // Halves are rounded away from zero.
     fill(field, [](double, double) { return Vector{-2.5, 3.5}; });
     roundWarpField(field, grids.alignment, 0);
     EXPECT_EQ(grids.alignment.globalShift[0][0], -3);
@@ -88,21 +89,13 @@ TEST(WarpGrids, HalvesAreRoundedAwayFromZeroInTheShift) {
 
 TEST(WarpGrids, InterpolationFollowsTheFieldNearerThanRoundingDoes) {
     // Rounding alone would cost half a pixel each way, 0.71 in all.
-    const std::vector<std::function<Vector(double, double)>> fields = {
-        [](double, double) {
-            return Vector{10.5, -3.5};
-        },
-        [](double, double) {
-            return Vector{0.4, 0.6};
-        },
-        [](double x, double y) {
-            return Vector{0.017 * y - 9, 4 - 0.017 * x};
-        },
-        [](double x, double y) {
-            return Vector{1e-5 * x * x, 1e-5 * x * y};
-        },
-    };
-    for (const auto &displacement : fields) {
+    for (const auto &[shift, turn, curve] : {std::tuple{Vector{10.5, -3.5}, 0.0, 0.0},
+                                             {Vector{0.4, 0.6}, 0.0, 0.0},
+                                             {Vector{-9, 4}, 0.017, 0.0},
+                                             {Vector{0, 0}, 0.0, 1e-5}}) {
+        const auto displacement = [=](double x, double y) {
+            return shift + Vector{turn * y + curve * x * x, -turn * x + curve * x * y};
+        };
         Grids grids;
         WarpField field(nullptr, kWidth, kHeight);
         fill(field, displacement);
@@ -121,12 +114,17 @@ std::vector<Observation> observe(const std::function<Vector(int, int)> &deviatio
     return observations;
 }
 
+WarpField followed(const std::vector<Observation> &observations) {
+    WarpField field(nullptr, kWidth, kHeight);
+    EXPECT_EQ(field.follow(nullptr, Motion(kWidth, kHeight), observations.data(), observations.size(), 5),
+              HDR_OK);
+    return field;
+}
+
 TEST(WarpField, FollowsWhatNeighboursAgreeOn) {
     // The right half of the scene is nearer and moved a pixel and a half further.
     const auto observations = observe([](int x, int) { return Vector{x > 1000 ? 1.5 : 0.0, 0}; });
-    WarpField field(nullptr, kWidth, kHeight);
-    ASSERT_EQ(field.follow(nullptr, Motion(kWidth, kHeight), observations.data(), observations.size(), 5),
-              HDR_OK);
+    const WarpField field = followed(observations);
     EXPECT_NEAR(field.displacement({1600, 600}).x, 1.5, 0.15);
     EXPECT_NEAR(field.displacement({1600, 600}).y, 0, 0.05);
     EXPECT_NEAR(field.displacement({300, 600}).x, 0, 0.05);
@@ -140,9 +138,7 @@ TEST(WarpField, TakesTheGlobalMotionWhereObservationsAreWrongOrFew) {
         return (x + y) % 300 == 0 ? Vector{-3, 3} : Vector{};
     });
     std::erase_if(observations, [](const Observation &o) { return o.position.x < 400; });
-    WarpField field(nullptr, kWidth, kHeight);
-    ASSERT_EQ(field.follow(nullptr, Motion(kWidth, kHeight), observations.data(), observations.size(), 5),
-              HDR_OK);
+    const WarpField field = followed(observations);
     for (int row = 0; row < field.rows(); row++)
         for (int column = 0; column < field.columns(); column++)
             EXPECT_LT(field.at(column, row).squaredLength(), 0.01) << column << " " << row;

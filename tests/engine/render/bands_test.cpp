@@ -2,7 +2,7 @@
 // The rendering against a slow renderer that works pixel by pixel from the formulas.
 #include "engine/render/bands.h"
 
-#include "engine/core/context.h"
+#include "tests/support/reduced_run.h"
 
 #include <algorithm>
 #include <array>
@@ -17,42 +17,34 @@ namespace {
 using Grid = std::vector<int32_t>;
 
 /// A random bracket with all maps that the bands read, and the context that holds them.
-struct Scene {
+struct Scene : test::ReducedRun {
     enum Warp { kNone, kWhole, kByRows, kFractional, kMixed };
-    static constexpr int kDark = 2, kMid = 0, kBright = 1;
 
-    int width, height, cellColumns, cellRows, blockColumns, blockRows, nodeColumns, nodeRows;
-    std::mt19937 random;
+    int pixelWidth, pixelHeight, cellColumns, cellRows, blockColumns, blockRows, nodeColumns, nodeRows;
     std::array<std::vector<uint8_t>, 3> pictures;
     std::array<Grid, 3> warpX, warpY;                 // whole pixels, by input
     std::array<std::vector<uint16_t>, 3> cellWeights; // mid, dark, bright
-    std::vector<int16_t> correctionMaps, toneMap, lines, ghostMask = std::vector<int16_t>(1);
-    std::vector<uint16_t> gridStats = std::vector<uint16_t>(1);
+    std::vector<int16_t> lines, ghostMask = std::vector<int16_t>(1);
     std::vector<uint16_t> mergeTable = std::vector<uint16_t>(kMergeTableSize);
     std::array<std::array<Grid, 4>, 3> grids; // as the context holds them
     std::array<Offscreen, 3> inputs{};
-    HdrContext context{};
 
     Scene(int width, int height, Warp warp, unsigned seed)
-        : width(width), height(height), cellColumns((width + 31) / 32 + 2), cellRows((height + 31) / 32 + 2),
+        : ReducedRun(width / 16 * 2, height / 16 * 2), pixelWidth(width), pixelHeight(height),
+          cellColumns((width + 31) / 32 + 2), cellRows((height + 31) / 32 + 2),
           blockColumns(width / 16 * 2 + 2), blockRows(height / 16 * 2 + 2),
-          nodeColumns(((width + 127) >> 8) + 2), nodeRows(((height + 127) >> 8) + 2), random(seed) {
-        context.imageCount = 3;
+          nodeColumns(((width + 127) >> 8) + 2), nodeRows(((height + 127) >> 8) + 2) {
+        random.seed(seed);
         context.smoothingFlag = 1;
         context.scene.curveShiftT = 2;
         context.render.workingRectangle = {0, 0, width & ~7, height & ~1};
-        EXPECT_EQ(context.tables.create(nullptr), HDR_OK);
         for (int i = 0; i < 32768; i++)
             context.tables.detailGain[i] = static_cast<uint16_t>(i * 9 % 65536);
-        context.preparation.darkIndex = kDark;
-        context.preparation.midIndex = kMid;
-        context.preparation.brightIndex = kBright;
         context.preparation.gridWidth = cellColumns;
         context.preparation.gridHeight = cellRows;
-        context.preparation.gridStats = gridStats.data();
         makePictures();
         makeWeights();
-        makeMaps();
+        fillMaps();
         makeWarps(warp);
         makeMergeTable();
         context.merge.rowWidth = width;
@@ -60,21 +52,17 @@ struct Scene {
         context.merge.ghostMask = ghostMask.data();
         EXPECT_EQ(allocateBandBuffers(nullptr, &context), HDR_OK);
     }
-    Scene(const Scene &) = delete;
-    ~Scene() {
-        context.tables.release(nullptr);
-        context.bands.release(nullptr);
-    }
+    ~Scene() { context.bands.release(nullptr); }
 
     int uniform(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); }
 
     void makePictures() {
         for (size_t k = 0; k < 3; k++) {
-            const int pitch = 2 * width + 4 * static_cast<int>(k);
-            pictures[k].resize(static_cast<size_t>(pitch * (height - 1) + 2 * width));
+            const int pitch = 2 * pixelWidth + 4 * static_cast<int>(k);
+            pictures[k].resize(static_cast<size_t>(pitch * (pixelHeight - 1) + 2 * pixelWidth));
             for (uint8_t &byte : pictures[k])
                 byte = static_cast<uint8_t>(uniform(0, 255));
-            inputs[k] = {HDR_FORMAT_YUY2, width, height, {pictures[k].data()}, {pitch}};
+            inputs[k] = {HDR_FORMAT_YUY2, pixelWidth, pixelHeight, {pictures[k].data()}, {pitch}};
         }
     }
     void makeWeights() {
@@ -95,27 +83,23 @@ struct Scene {
                 cellWeights[2][i] = static_cast<uint16_t>(kind == 9 ? 0 : bright);
             }
     }
-    void makeMaps() {
-        context.firstMerge.mapWidth = blockColumns - 2;
-        context.firstMerge.mapHeight = blockRows - 2;
-        const auto samples = static_cast<size_t>(blockColumns * blockRows);
-        correctionMaps.resize(kCorrectionMapCount * samples);
-        for (size_t i = 0; i < correctionMaps.size(); i++) {
-            const int centre = i < 3 * samples ? 256 : 0;
-            const int reach = uniform(0, 9) ? 60 : 255;
-            correctionMaps[i] = static_cast<int16_t>(centre + uniform(-reach, reach));
-        }
-        toneMap.resize(static_cast<size_t>((width / 8) * (height / 8)));
-        for (int16_t &value : toneMap)
-            value = static_cast<int16_t>(uniform(-500, 4000));
-        context.localToneMap = {toneMap.data(), width / 8, height / 8};
-        const auto line = static_cast<size_t>(width + 64);
+    void fillMaps() {
+        makeMaps();
+        const auto line = static_cast<size_t>(pixelWidth + 64);
         lines.resize(kCorrectionMapCount * 4 * line);
         for (size_t k = 0; k < kCorrectionMapCount; k++) {
-            context.firstMerge.correctionMaps[k] = &correctionMaps[k * samples];
+            for (int i = 0; i < blockColumns * blockRows; i++) {
+                const int reach = uniform(0, 9) ? 60 : 255;
+                context.firstMerge.correctionMaps[k][i] =
+                    static_cast<int16_t>((k < 3 ? 256 : 0) + uniform(-reach, reach));
+            }
             for (size_t band = 0; band < 4; band++)
                 context.lineBuffers.bandLineBuffers[k][band] = &lines[(4 * k + band) * line];
         }
+        LocalToneMap &map = context.localToneMap;
+        map = {nullptr, pixelWidth / 8, pixelHeight / 8};
+        map.map = allocateArray<int16_t>(memory, static_cast<size_t>(map.width * map.height));
+        fillRandom(map.map, static_cast<size_t>(map.width * map.height), -500, 4000);
     }
     void makeWarps(Warp warp) {
         context.alignment.warpWidth = nodeColumns;
@@ -177,7 +161,7 @@ public:
 
     std::vector<uint8_t> render() const {
         std::vector<uint8_t> out = s.pictures[Scene::kMid];
-        for (int y = 0; y < (s.height & ~1); y++)
+        for (int y = 0; y < (s.pixelHeight & ~1); y++)
             renderRow(y, &out[static_cast<size_t>(y * s.inputs[Scene::kMid].pi32Pitch[0])]);
         return out;
     }
@@ -220,9 +204,10 @@ private:
     }
     int gain(int x, int y) const {
         const auto blockGain = [&](int column, int row) {
-            const int last = s.width / 8 - 1;
-            return int{s.context.tables.detailGain[static_cast<uint16_t>(s.toneMap[static_cast<size_t>(
-                std::min(row, s.height / 8 - 1) * (s.width / 8) + std::min(column, last))])]};
+            const int last = s.pixelWidth / 8 - 1;
+            const int block =
+                std::min(row, s.pixelHeight / 8 - 1) * (s.pixelWidth / 8) + std::min(column, last);
+            return int{s.context.tables.detailGain[static_cast<uint16_t>(s.context.localToneMap.map[block])]};
         };
         const auto alongRow = [&](int row) {
             return ((8 - x % 8) * blockGain(x / 8, row) + x % 8 * blockGain(x / 8 + 1, row)) / 8;
@@ -254,11 +239,11 @@ private:
         if (dx % 65536 == 0 && dy % 65536 == 0 && displacement(s.warpX[k], x + 1) == dx &&
             displacement(s.warpY[k], x + 1) == dy) {
             const int wholeX = static_cast<int>(dx / 65536), wholeY = static_cast<int>(dy / 65536);
-            column = clampTo(x - wholeX, s.width - 4);
-            row = clampTo(y - wholeY, s.height - 1);
+            column = clampTo(x - wholeX, s.pixelWidth - 4);
+            row = clampTo(y - wholeY, s.pixelHeight - 1);
             const bool inside = column == x - wholeX && row == y - wholeY;
-            const int backX = clampTo(column + wholeX, s.width - 4),
-                      backY = clampTo(row + wholeY, s.height - 1);
+            const int backX = clampTo(column + wholeX, s.pixelWidth - 4),
+                      backY = clampTo(row + wholeY, s.pixelHeight - 1);
             const int lift =
                 floorDivide(groupLuma(input, column, row) - groupLuma(Scene::kMid, backX, backY), 4);
             for (int i = 0; i < 4; i++)
@@ -267,8 +252,8 @@ private:
         } else {
             const int positionX = 16 * x - floorDivide(dx, 4096);
             const int positionY = 16 * y - floorDivide(dy, 4096);
-            column = clampTo(floorDivide(positionX, 16), s.width - 5);
-            row = clampTo(floorDivide(positionY, 16), s.height - 2);
+            column = clampTo(floorDivide(positionX, 16), s.pixelWidth - 5);
+            row = clampTo(floorDivide(positionY, 16), s.pixelHeight - 2);
             const int fx = positionX - 16 * floorDivide(positionX, 16);
             const int fy = positionY - 16 * floorDivide(positionY, 16);
             for (int i = 0; i < 4; i++) {
@@ -287,7 +272,7 @@ private:
     void renderRow(int y, uint8_t *out) const {
         int64_t slots[4] = {}; // numbered from 1, laid out by the span's type
         int previousType = -1;
-        for (int x = 0; x < (s.width & ~7); x += 4) {
+        for (int x = 0; x < (s.pixelWidth & ~7); x += 4) {
             const int type = contributes(1, x, y) + 2 * contributes(2, x, y);
             if (previousType < 0) {
                 slots[1] = slots[2] = slots[3] = 10922;
@@ -387,6 +372,14 @@ TEST(Bands, ReadTheReferenceAsItWasWhenItIsAlsoTheDarkExposure) {
     ASSERT_EQ(scene.render({24, 100}), SlowRenderer(scene).render());
 }
 
+TEST(Bands, DoNotFollowOneWarpGridWithoutTheOther) {
+    Scene scene(136, 100, Scene::kFractional, 78);
+    scene.context.alignment.warpX[Scene::kDark] = scene.context.alignment.warpY[Scene::kBright] = nullptr;
+    for (auto *grids : {&scene.warpX, &scene.warpY})
+        grids->fill({});
+    ASSERT_EQ(scene.render({100}), SlowRenderer(scene).render());
+}
+
 TEST(Bands, RefusesWhatItCannotRender) {
     Scene scene(100, 100, Scene::kNone, 5);
     const HdrBand band = {0, 0, 100, 0};
@@ -411,32 +404,6 @@ TEST(Bands, RefusesWhatItCannotRender) {
     refusesWithout(scene.context.merge.smoothingMergeTable);
     refusesWithout(scene.context.bands.storage[0]);
     EXPECT_EQ(status(), HDR_OK);
-}
-
-TEST(Bands, FirstBandReportsProgressAndCancels) {
-    struct Calls {
-        std::vector<int64_t> progress;
-        int64_t cancelAt;
-    } calls = {{}, -1};
-    const auto callback = [](int64_t progress, int64_t reserved, void *user) -> int64_t {
-        auto *calls = static_cast<Calls *>(user);
-        EXPECT_EQ(reserved, 0);
-        calls->progress.push_back(progress);
-        return progress == calls->cancelAt ? HDR_CANCELLED : HDR_OK;
-    };
-    Scene scene(104, 120, Scene::kNone, 6);
-    scene.context.progress = 25;
-    HdrBand band = {0, 0, 100, 0};
-    EXPECT_EQ(render_band(&band, &scene.context, scene.inputs.data(), callback, &calls), HDR_OK);
-    EXPECT_EQ(calls.progress, (std::vector<int64_t>{25, 49, 73, 97})); // 25 + 75 * 32 / 100 and so on
-    calls = {{}, 49};
-    EXPECT_EQ(render_band(&band, &scene.context, scene.inputs.data(), callback, &calls), HDR_CANCELLED);
-    calls.progress.clear();
-    band = {1, 0, 100, 0};
-    EXPECT_EQ(hdrBandWorker({nullptr, &scene.context, scene.inputs.data(), nullptr, 3, nullptr, 2, nullptr,
-                             callback, &calls, 1, &band}),
-              HDR_OK);
-    EXPECT_TRUE(calls.progress.empty());
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "engine/core/context.h"
 #include "tests/support/arena.h"
+#include "tests/support/reduced_run.h"
 
 #include <algorithm>
 #include <array>
@@ -129,49 +130,54 @@ std::vector<int16_t> noise(int width, int height, int low, int high) {
     return plane;
 }
 
+Image imageOf(const std::vector<int16_t> &samples, int width, int height) {
+    return Image(Plane<const int16_t>(samples.data(), width, height));
+}
+
+/// Smooths a plane into another one and in place, which has to come to the same.
+std::vector<int16_t> smoothedByTheEngine(std::vector<int16_t> plane, int width, int height) {
+    std::vector<int16_t> other(plane.size(), 99);
+    PyramidScratch scratch(nullptr, width, height);
+    pyramid_smooth(scratch, {plane.data(), width, height}, {other.data(), width, height});
+    pyramid_smooth(scratch, {plane.data(), width, height}, {plane.data(), width, height});
+    EXPECT_EQ(plane, other);
+    return other;
+}
+
+void expectSamples(const std::vector<int16_t> &samples, const Image &expected) {
+    for (size_t i = 0; i < samples.size(); i++)
+        ASSERT_EQ(samples[i], static_cast<int16_t>(expected.samples[i]))
+            << "sample " << i << " of " << expected.width << " x " << expected.height;
+}
+
 /// The last one leaves just the 774 samples that its rows need.
 constexpr int kSizes[][2]{{2, 2}, {3, 2}, {13, 12}, {16, 16}, {45, 46}, {64, 63}, {101, 67}, {250, 4}};
 
 TEST(PyramidSmooth, EqualsItsDefinition) {
     for (auto [width, height] : kSizes)
         for (auto [low, high] : {std::array{-900, 900}, {400, 6000}, {-3000, -2500}, {0, 32000}}) {
-            std::vector<int16_t> plane = noise(width, height, low, high);
-            const Image expected = smoothed(Image(Plane<const int16_t>(plane.data(), width, height)));
-            std::vector<int16_t> other(plane.size());
-            PyramidScratch scratch(nullptr, width, height);
-            pyramid_smooth(scratch, {plane.data(), width, height}, {other.data(), width, height});
-            pyramid_smooth(scratch, {plane.data(), width, height}, {plane.data(), width, height});
-            for (size_t i = 0; i < plane.size(); i++) {
-                ASSERT_EQ(other[i], static_cast<int16_t>(expected.samples[i]))
-                    << width << " x " << height << " from " << low << ", sample " << i;
-                ASSERT_EQ(plane[i], other[i]);
-            }
+            const std::vector<int16_t> plane = noise(width, height, low, high);
+            expectSamples(smoothedByTheEngine(plane, width, height), smoothed(imageOf(plane, width, height)));
         }
+    // Levels of mean zero count nothing, although their samples are not.
+    std::vector<int16_t> plane = noise(32, 16, -6, 6);
+    for (size_t i = 0; i < plane.size(); i++)
+        plane[i] =
+            static_cast<int16_t>(i % 32 < 16 ? (plane[i] % 7) * 4096 : -plane[i / 32 * 32 + 31 - i % 32]);
+    expectSamples(smoothedByTheEngine(plane, 32, 16), smoothed(imageOf(plane, 32, 16)));
+    // 8 x 230 >> 8 and -8 x 230 >> 8: nine tenths of each sample.
+    EXPECT_EQ(smoothedByTheEngine({-8, 8, -8, 8}, 2, 2), (std::vector<int16_t>{-8, 7, -8, 7}));
 }
 
 TEST(PyramidSmooth, PlanesThatCannotBeHalvedOrAreTooThinAreCopied) {
     // 286 x 2 samples leave 881 of 1024 beside the one level, whose rows would need 6 x 143 + 24 = 882.
     for (auto [width, height] : {std::array{1, 1}, {1, 40}, {286, 2}}) {
         const std::vector<int16_t> plane = noise(width, height, -500, 500);
-        std::vector<int16_t> other(plane.size(), 99);
-        PyramidScratch scratch(nullptr, width, height);
-        pyramid_smooth(scratch, {plane.data(), width, height}, {other.data(), width, height});
-        EXPECT_EQ(other, plane);
+        EXPECT_EQ(smoothedByTheEngine(plane, width, height), plane);
     }
     // A level's room is free again once it is used up: otherwise this plane could not be finished.
     const std::vector<int16_t> plane = noise(500, 14, -500, 500);
-    std::vector<int16_t> other(plane.size());
-    PyramidScratch scratch(nullptr, 500, 14);
-    pyramid_smooth(scratch, {plane.data(), 500, 14}, {other.data(), 500, 14});
-    EXPECT_NE(other, plane);
-}
-
-TEST(PyramidSmooth, LevelOfMeanZeroCountsNothing) {
-    std::vector<int16_t> plane{-8, 8, -8, 8};
-    PyramidScratch scratch(nullptr, 2, 2);
-    pyramid_smooth(scratch, {plane.data(), 2, 2}, {plane.data(), 2, 2});
-    // The coarse level is 0, so nine tenths of each sample remain: 8 x 230 >> 8 and -8 x 230 >> 8.
-    EXPECT_EQ(plane, (std::vector<int16_t>{-8, 7, -8, 7}));
+    EXPECT_NE(smoothedByTheEngine(plane, 500, 14), plane);
 }
 
 Image normalized(const Image &logs) {
@@ -195,79 +201,70 @@ Image normalized(const Image &logs) {
     });
 }
 
-/// A context whose tables map every level to itself times 4 (bright) or 64 (middle), and a reduced picture.
-class LocalToneMapTest : public testing::Test {
-protected:
-    LocalToneMapTest() {
-        context.merge.mergeTable = mid.data();
-        context.merge.smoothingMergeTable = bright.data();
+TEST(NormalizeLocalContrast, EqualsItsDefinition) {
+    for (auto [width, height] : {std::array{41, 29}, {64, 16}})
+        for (int high : {300, 20000}) { // the latter saturates the squared detail
+            std::vector<int16_t> plane = noise(width, height, 0, high);
+            const Image expected = normalized(imageOf(plane, width, height));
+            ASSERT_EQ(normalize_local_contrast(nullptr, {plane.data(), width, height}), HDR_OK);
+            expectSamples(plane, expected);
+        }
+}
+
+/// A run whose tables map every level to itself times 4 (bright) or 64 (middle).
+struct MapRun : test::ReducedRun {
+    MapRun(int width, int height) : ReducedRun(width, height) {
         for (size_t level = 0; level < 256; level++) {
             bright[kBrightCurve + level] = static_cast<uint16_t>(4 * level);
             mid[kMidCurve + level] = static_cast<uint16_t>(64 * level);
         }
-        context.smoothingFlag = 1;
-        context.preparation.mergedImage = &record;
+        context.merge.mergeTable = mid.data();
+        context.merge.smoothingMergeTable = bright.data();
     }
-    ~LocalToneMapTest() override { context.localToneMap.release(nullptr); }
+    Plane<uint8_t> merged() const { return planeOf(*context.preparation.mergedImage); }
 
-    void setPicture(int width, int height, int pitch, const std::vector<uint8_t> &samples) {
-        bytes = samples;
-        record = {HDR_FORMAT_YUV444, width, height, {bytes.data()}, {pitch}};
-    }
-    Plane<const int16_t> map() const {
-        return {context.localToneMap.map, context.localToneMap.width, context.localToneMap.height};
-    }
-    static int logOf(int linear) { return static_cast<int>(std::log(linear + 30.0) * 1024); }
-
-    std::vector<uint16_t> mid = std::vector<uint16_t>(kMergeTableSize);
-    std::vector<uint16_t> bright = std::vector<uint16_t>(kMergeTableSize);
-    std::vector<uint8_t> bytes;
-    Offscreen record{};
-    HdrContext context{};
+    std::vector<uint16_t> mid = std::vector<uint16_t>(kMergeTableSize), bright = mid;
+    const LocalToneMap &map = context.localToneMap;
 };
 
-TEST_F(LocalToneMapTest, EqualsItsDefinition) {
-    std::mt19937 random(2);
+TEST(LocalToneMap, EqualsItsDefinition) {
     // The map is a column and a row larger than the picture, as at widths and heights that are 8 more than a
     // multiple of 16.
-    constexpr int kWidth = 40, kHeight = 28, kPitch = 44;
-    std::vector<uint8_t> samples(kPitch * kHeight);
-    for (size_t i = 0; i < samples.size(); i++)
-        samples[i] = static_cast<uint8_t>(i % kPitch < 15 ? random() % 12 : 150 + random() % 106);
-    setPicture(kWidth, kHeight, kPitch, samples);
+    constexpr int kWidth = 42, kHeight = 28;
+    MapRun run(kWidth, kHeight);
+    for (int i = 0; i < kWidth * kHeight; i++)
+        run.merged()(i % kWidth, i / kWidth) =
+            static_cast<uint8_t>(i % kWidth < 15 ? run.random() % 12 : 150 + run.random() % 106);
     for (int smoothing : {1, 0}) {
-        context.smoothingFlag = smoothing;
-        ASSERT_EQ(build_local_tone_map(nullptr, &context, 8 * (kWidth + 1) + 7, 8 * (kHeight + 1)), HDR_OK);
-        ASSERT_EQ(map().width, kWidth + 1);
-        ASSERT_EQ(map().height, kHeight + 1);
+        run.context.smoothingFlag = smoothing;
+        ASSERT_EQ(build_local_tone_map(nullptr, &run.context, 8 * (kWidth + 1) + 7, 8 * (kHeight + 1)),
+                  HDR_OK);
+        ASSERT_EQ(run.map.width, kWidth + 1);
+        ASSERT_EQ(run.map.height, kHeight + 1);
         const Image logs = Image(kWidth + 1, kHeight + 1).map([&](int x, int y) {
-            const int level =
-                bytes[static_cast<size_t>(std::min(y, kHeight - 1) * kPitch + std::min(x, kWidth - 1))];
-            return smoothing ? logOf(level) : logOf(16 * (level < 193 ? level : 192 + (level - 192) / 2));
+            const int level = run.merged()(std::min(x, kWidth - 1), std::min(y, kHeight - 1));
+            const int linear = smoothing ? level : 16 * (level < 193 ? level : 192 + (level - 192) / 2);
+            return static_cast<int>(std::log(linear + 30.0) * 1024);
         });
-        const Image expected = normalized(logs);
-        for (int y = 0; y < map().height; y++)
-            for (int x = 0; x < map().width; x++)
-                ASSERT_EQ(map()(x, y), static_cast<int16_t>(expected.at(x, y))) << x << ", " << y;
+        expectSamples({run.map.map, run.map.map + (kWidth + 1) * (kHeight + 1)}, normalized(logs));
     }
 }
 
-TEST_F(LocalToneMapTest, SmallPicturesAndFailedAllocations) {
-    setPicture(2, 2, 2, {10, 20, 30, 40});
-    ASSERT_EQ(build_local_tone_map(nullptr, &context, 15, 15), HDR_OK);
-    EXPECT_EQ(map().width, 1);
-    ASSERT_EQ(build_local_tone_map(nullptr, &context, 7, 100), HDR_OK);
-    EXPECT_EQ(context.localToneMap.map, nullptr);
-    EXPECT_EQ(context.localToneMap.height, 12);
-
-    HdrStatus status = HDR_ERR_NOMEM;
-    for (size_t bytes = 8; status != HDR_OK; bytes += 64) {
+TEST(LocalToneMap, SmallPicturesAndFailedAllocations) {
+    MapRun run(2, 2);
+    ASSERT_EQ(build_local_tone_map(nullptr, &run.context, 15, 15), HDR_OK);
+    EXPECT_EQ(run.map.width, 1);
+    ASSERT_EQ(build_local_tone_map(nullptr, &run.context, 7, 100), HDR_OK);
+    EXPECT_EQ(run.map.map, nullptr);
+    EXPECT_EQ(run.map.height, 12);
+    // What a failure leaves is the map of before.
+    for (size_t bytes : {size_t{64}, size_t{1} << 16}) {
         test::Arena arena(bytes);
-        context.localToneMap = {allocateZeroed<int16_t>(arena.memory(), 1), 1, 1};
-        status = build_local_tone_map(arena.memory(), &context, 100, 100);
-        ASSERT_TRUE(status == HDR_OK || status == HDR_ERR_NOMEM);
-        EXPECT_EQ(context.localToneMap.width, status == HDR_OK ? 12 : 1);
-        context.localToneMap.release(arena.memory());
+        run.context.localToneMap = {allocateZeroed<int16_t>(arena.memory(), 1), 1, 1};
+        const HdrStatus status = build_local_tone_map(arena.memory(), &run.context, 100, 100);
+        EXPECT_EQ(status, bytes == 64 ? HDR_ERR_NOMEM : HDR_OK);
+        EXPECT_EQ(run.map.width, status == HDR_OK ? 12 : 1);
+        run.context.localToneMap.release(arena.memory());
         EXPECT_TRUE(arena.isEmpty());
     }
 }

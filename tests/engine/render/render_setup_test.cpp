@@ -36,6 +36,10 @@ TEST(RenderSetup, CropFollowsTheShifts) {
     EXPECT_EQ(corners(setup.validRectangle), (Four{8, 20, 976, 496}));
     EXPECT_EQ(corners(setup.outputCrop), (Four{16, 32, 976, 512}));
 
+    setup = crop({{4, 2}}); // the output begins with the next whole sixteenth
+    EXPECT_EQ(corners(setup.validRectangle), (Four{4, 4, 992, 512}));
+    EXPECT_EQ(corners(setup.outputCrop), (Four{16, 16, 992, 512}));
+
     setup = crop({}); // without inputs nothing is valid
     EXPECT_EQ(corners(setup.outputCrop), (Four{0, 0, 0, 0}));
 

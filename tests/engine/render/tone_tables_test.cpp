@@ -13,8 +13,7 @@ namespace hdr {
 namespace {
 
 /// A merged run whose tone tables are to be built, once.
-class ToneRun : public test::ReducedRun {
-public:
+struct ToneRun : test::ReducedRun {
     ToneRun() : ReducedRun(48, 32) {
         makeMaps();
         context.merge.mergeTable = mergeTable.data();
@@ -22,14 +21,14 @@ public:
         context.smoothingFlag = 1;
         context.firstMerge.darkFraction = 100;
         context.toneLength = 25;
-        picture.u32PixelArrayFormat = HDR_FORMAT_YUY2;
-        picture.i32Width = 384;
-        picture.i32Height = 256;
     }
     HdrStatus build(MemContext *arena = nullptr) { return build_render_tables(arena, &context, &picture); }
+    /// 12-bit level through the brightness curve alone, and 8-bit output level with the contrast after it.
+    int brightness(int level) const { return tables.contrastCurve12[level]; }
+    int output(int level) const { return tables.contrastCurve8[level]; }
 
     std::vector<uint16_t> mergeTable = std::vector<uint16_t>(kMergeTableSize);
-    Offscreen picture{};
+    const Offscreen picture = {HDR_FORMAT_YUY2, 384, 256, {}, {}};
     const Tables &tables = context.tables;
 };
 
@@ -47,12 +46,11 @@ TEST(ToneTables, ControlsBecomeStrengths) {
                           Case{100, 20, 1, 0, 0, 155, 100},   // boost 130, at most 100
                           Case{120, 0, 1, 0, 0, 195, 100}}) { // a lengthened single exposure
         ToneRun run;
-        HdrContext &context = run.context;
-        context.toneLength = c.length;
-        context.toneSaturation = c.saturation;
-        context.smoothingFlag = c.smoothing;
-        context.check.colourDifferenceU = c.differenceU;
-        context.check.colourDifferenceV = c.differenceV;
+        run.context.toneLength = c.length;
+        run.context.toneSaturation = c.saturation;
+        run.context.smoothingFlag = c.smoothing;
+        run.context.check.colourDifferenceU = c.differenceU;
+        run.context.check.colourDifferenceV = c.differenceV;
         ASSERT_EQ(run.build(), HDR_OK);
         EXPECT_EQ(run.tables.contrastKey, c.contrast) << "tone length " << c.length;
         EXPECT_EQ(run.tables.sCurveKey, c.chroma) << "tone length " << c.length;
@@ -63,94 +61,81 @@ TEST(ToneTables, OutputLuminanceIsContrastAfterBrightness) {
     ToneRun plain;
     ASSERT_EQ(plain.build(), HDR_OK);
     // Contrast 25: a slope of 0.125 on tents of height 368 and 1679. Brightness 0 changes nothing.
-    const uint8_t *levels = plain.tables.contrastCurve8;
-    EXPECT_EQ(levels[0], kGammaCompress[0]);
-    EXPECT_EQ(levels[368], kGammaCompress[368 - 46]);
-    EXPECT_EQ(levels[736], kGammaCompress[736]);
-    EXPECT_EQ(levels[2416], kGammaCompress[2416 + 209]);
-    EXPECT_EQ(levels[4095], kGammaCompress[4095]);
+    for (const auto &[level, curved] :
+         {std::array{0, 0}, {368, 368 - 46}, {736, 736}, {2416, 2416 + 209}, {4095, 4095}})
+        EXPECT_EQ(plain.output(level), kGammaCompress[curved]);
 
-    // From tone length 36 on 5 is taken off the brightness.
-    ToneRun cancelled;
-    cancelled.context.toneLength = 36;
-    cancelled.context.brightness = 5;
-    ASSERT_EQ(cancelled.build(), HDR_OK);
-    EXPECT_EQ(cancelled.tables.contrastCurve12[2048], 2048);
-
-    ToneRun brighter;
-    brighter.context.toneLength = 37;
-    brighter.context.brightness = 55;
-    ASSERT_EQ(brighter.build(), HDR_OK);
-    // Brightness 50 maps 2048 to 2836; contrast 29 raises that by (1679 - 420) x 0.145.
-    EXPECT_EQ(brighter.tables.contrastCurve8[2048], kGammaCompress[2836 + 182]);
-
+    // From tone length 36 on 5 is taken off the brightness: 50 maps 2048 to 2836.
+    for (const auto &[length, brightness, level] : {std::array{35, 0, 2048}, {36, 5, 2048}, {37, 55, 2836}}) {
+        ToneRun run;
+        run.context.toneLength = length;
+        run.context.brightness = brightness;
+        ASSERT_EQ(run.build(), HDR_OK);
+        EXPECT_EQ(run.brightness(2048), level);
+        if (length == 37) { // contrast 29 raises that by (1679 - 420) x 0.145
+            EXPECT_EQ(run.output(2048), kGammaCompress[2836 + 182]);
+        }
+    }
     ToneRun lifted;
     lifted.context.scene.shadowLiftFlag = 1;
     ASSERT_EQ(lifted.build(), HDR_OK);
-    EXPECT_EQ(lifted.tables.contrastCurve12[1024], 1197);
+    EXPECT_EQ(lifted.brightness(1024), 1197);
 }
 
 TEST(ToneTables, BrightnessCurveIsAPowerOfTheComplement) {
     ToneRun run;
-    HdrContext &context = run.context;
-    const Tables &tables = run.tables;
+    constexpr std::array kLevelsSeen = {0, 100, 1024, 2048, 4000, 4030, 4095};
     struct Case {
         int brightness;
         double gamma;
-        std::array<int, 6> values; ///< at 0, 100, 1024, 2048, 4000 and 4095
+        std::array<int, 7> values;
     };
-    for (const Case &c :
-         {Case{50, 1.0, {2, 170, 1585, 2836, 4088, 4095}}, Case{-50, 1.0, {1, 60, 638, 1372, 3648, 4095}},
-          Case{0, 1.2, {1, 121, 1197, 2314, 4050, 4095}}, Case{0, 1.0, {0, 100, 1024, 2048, 4000, 4095}}}) {
-        const std::vector<uint8_t> before(tables.contrastCurve8, tables.contrastCurve8 + kLevels12);
-        build_brightness_curve(&context, c.brightness, 0, 4096, c.gamma);
-        const uint16_t *curve = tables.contrastCurve12;
-        EXPECT_EQ(
-            (std::array<int, 6>{curve[0], curve[100], curve[1024], curve[2048], curve[4000], curve[4095]}),
-            c.values);
+    for (const Case &c : {Case{50, 1.0, {2, 170, 1585, 2836, 4088, 4091, 4095}},
+                          Case{-50, 1.0, {1, 60, 638, 1372, 3648, 3755, 4095}},
+                          Case{0, 1.2, {1, 121, 1197, 2314, 4050, 4066, 4095}},
+                          Case{0, 1.0, {0, 100, 1024, 2048, 4000, 4030, 4095}}}) {
+        const std::vector<uint8_t> before(run.tables.contrastCurve8, run.tables.contrastCurve8 + kLevels12);
+        build_brightness_curve(&run.context, c.brightness, 0, 4096, c.gamma);
+        for (size_t i = 0; i < kLevelsSeen.size(); i++)
+            EXPECT_EQ(run.brightness(kLevelsSeen[i]), c.values[i])
+                << c.brightness << " at " << kLevelsSeen[i];
+        const uint16_t *curve = run.tables.contrastCurve12;
         EXPECT_TRUE(std::is_sorted(curve, curve + kLevels12));
         for (size_t i = 0; i < kLevels12; i++)
-            ASSERT_EQ(tables.contrastCurve8[i], before[curve[i]]);
+            ASSERT_EQ(run.tables.contrastCurve8[i], before[curve[i]]);
     }
-    // Near white the curve is a line, a step below the power.
-    build_brightness_curve(&context, 50, 0, 4096, 1.0);
-    EXPECT_EQ(tables.contrastCurve12[4070], 4093);
-    EXPECT_EQ(tables.contrastCurve12[4085], 4094);
-    build_brightness_curve(&context, 10, 1000, 3000, 1.0);
-    EXPECT_EQ(tables.contrastCurve12[999], 0);
-    EXPECT_EQ(tables.contrastCurve12[1024], 58);
-    EXPECT_EQ(tables.contrastCurve12[3000], 4095);
+    build_brightness_curve(&run.context, 10, 1000, 3000, 1.0);
+    EXPECT_EQ(run.brightness(999), 0);
+    EXPECT_EQ(run.brightness(1024), 58);
+    EXPECT_EQ(run.brightness(3000), 4095);
 }
 
 TEST(ToneTables, SCurves) {
     ToneRun run;
-    HdrContext &context = run.context;
-    const Tables &tables = run.tables;
-    build_scurve(&context, 0);
-    for (int i = 0; i < 4096; i++)
-        ASSERT_EQ(tables.sCurve8[i], (i > 3071 ? i - 1 : i) >> 4) << i;
-    build_scurve(&context, 60);
-    EXPECT_EQ(tables.sCurve8[4096 + 2048 + 500], (2548 + 300) >> 4);
-    EXPECT_EQ(tables.sCurve8[4096 + 1024], (1024 - 614) >> 4);
-
+    const uint8_t *curve = run.tables.sCurve8;
+    // An ordinary strength is held twice.
+    std::vector<uint8_t> ordinary(4096);
+    buildSCurve(ordinary.data(), 60);
+    build_scurve(&run.context, 60);
+    for (size_t i = 0; i < 8192; i++)
+        ASSERT_EQ(curve[i], ordinary[i % 4096]);
     // Strength 150: steps of 3200 + 256 in 1/256, so that k becomes k + 13.5 k.
-    build_scurve(&context, 150);
+    build_scurve(&run.context, 150);
     for (int k = 1; k < 1024; k++) {
         const int stretched = k + (k * 3456) / 256;
-        ASSERT_EQ(tables.sCurve8[k], 0);
-        ASSERT_EQ(tables.sCurve8[2048 - k], std::max(2048 - stretched, 0) / 16) << k;
-        ASSERT_EQ(tables.sCurve8[2048 + k], std::min(2048 + stretched, 4095) / 16) << k;
-        ASSERT_EQ(tables.sCurve8[4096 - k], 255);
+        ASSERT_EQ(curve[k], 0);
+        ASSERT_EQ(curve[2048 - k], std::max(2048 - stretched, 0) / 16) << k;
+        ASSERT_EQ(curve[2048 + k], std::min(2048 + stretched, 4095) / 16) << k;
+        ASSERT_EQ(curve[4096 - k], 255);
     }
-    EXPECT_EQ(tables.sCurve8[1024], 0);
-    EXPECT_EQ(tables.sCurve8[2048], 128);
-    EXPECT_EQ(tables.sCurve8[3072], 255);
+    EXPECT_EQ(curve[0] + curve[1024], 0);
+    EXPECT_EQ(curve[2048], 128);
+    EXPECT_EQ(curve[3072], 255);
     // It stands for 100 until another strength is asked for.
-    build_scurve(&context, 100);
-    EXPECT_EQ(tables.sCurve8[1548], 0) << "an ordinary strength of 100 has 65 here";
-    build_scurve(&context, 99);
-    EXPECT_EQ(tables.sCurve8[1023], (1023 - 1012) >> 4);
-    EXPECT_EQ(tables.sCurve8[1000], (1000 - 990) >> 4);
+    build_scurve(&run.context, 100);
+    EXPECT_EQ(curve[1548], 0) << "an ordinary strength of 100 has 65 here";
+    build_scurve(&run.context, 99);
+    EXPECT_EQ(curve[1000], (1000 - 990) >> 4);
 }
 
 TEST(ToneTables, DetailGainRisesToItsLimit) {
@@ -191,12 +176,11 @@ TEST(ToneTables, DetailStrengthFollowsTheScene) {
                           Case{35, 1, 16, 1, 3, 1991},  // but not when the dark exposure is dark throughout
                           Case{30, 1, 16, 0, 3, 1024}}) {
         ToneRun run;
-        HdrContext &context = run.context;
-        context.toneLength = c.length;
-        context.smoothingFlag = c.smoothing;
-        context.firstMerge.darkFraction = c.darkFraction;
-        context.scene.lowHighlightFlag = c.lowHighlight;
-        context.scene.sceneClass = c.sceneClass;
+        run.context.toneLength = c.length;
+        run.context.smoothingFlag = c.smoothing;
+        run.context.firstMerge.darkFraction = c.darkFraction;
+        run.context.scene.lowHighlightFlag = c.lowHighlight;
+        run.context.scene.sceneClass = c.sceneClass;
         ASSERT_EQ(run.build(), HDR_OK);
         EXPECT_EQ(run.tables.detailGain[32767], c.largestGain) << c.length << " " << c.darkFraction;
     }
@@ -206,26 +190,24 @@ TEST(ToneTables, DetailStrengthFollowsTheScene) {
 
 TEST(ToneTables, ReducedPicturesGoWhenTheyAreUsed) {
     ToneRun run;
+    Preparation &preparation = run.context.preparation;
+    // A failed tone map ends the step; what is freed from here on comes from this arena.
+    for (Offscreen *&picture : preparation.registeredImages)
+        offscreenFree(&picture, nullptr);
+    test::Arena arena(64);
+    EXPECT_EQ(run.build(arena.memory()), HDR_ERR_NOMEM);
+    EXPECT_NE(preparation.workImages[0], nullptr);
+    EXPECT_NE(preparation.mergedImage, nullptr);
+    for (Offscreen *&picture : preparation.registeredImages)
+        ASSERT_EQ(offscreenAlloc(&picture, 48, 32, HDR_FORMAT_YUV444, nullptr), HDR_OK);
     ASSERT_EQ(run.build(), HDR_OK);
     EXPECT_NE(run.context.localToneMap.map, nullptr);
-    const Preparation &preparation = run.context.preparation;
     for (int input = 0; input < 3; input++) {
         EXPECT_EQ(preparation.workImages[input], nullptr);
         EXPECT_EQ(preparation.registeredImages[input], nullptr);
     }
     EXPECT_EQ(preparation.mergedImage, nullptr);
     EXPECT_EQ(preparation.toneImage, nullptr);
-}
-
-TEST(ToneTables, FailedToneMapEndsTheStep) {
-    ToneRun run;
-    // Everything else was allocated elsewhere and may not be freed in this arena.
-    for (Offscreen *&picture : run.context.preparation.registeredImages)
-        offscreenFree(&picture, nullptr);
-    test::Arena arena(64);
-    EXPECT_EQ(run.build(arena.memory()), HDR_ERR_NOMEM);
-    EXPECT_NE(run.context.preparation.workImages[0], nullptr);
-    EXPECT_NE(run.context.preparation.mergedImage, nullptr);
 }
 
 } // namespace
