@@ -430,7 +430,7 @@ IIEditingViewController::Failure IIEditingViewController::readAndMerge(IHDREngin
         if (!bridge.convertImages(photographs))
             return memoryError();
     }
-    PixelReserve::giveBack(); // nothing of the merge has the size of the photographs
+    PixelReserve::giveBack(); // three whole photographs: more than the merge can use again
     return merge(
         bridge,
         {bridge.toneLength(), bridge.brightness(), bridge.toneSaturation(), bridge.ghostSuppressionLevel()},
