@@ -267,7 +267,7 @@ TEST(WholeRun, EveryFailedAllocationIsReportedAndLeaksNothing) {
     ASSERT_EQ(runWithout(-1), HDR_OK);
     const long count = allocations;
     ASSERT_GT(count, 50);
-    // Filters, ghost detection and colour maps may go on without their helpers; everything else has to say
+    // Filters, ghost detection and colour maps may go on without their tables; everything else has to say
     // so.
     long wentOn = 0;
     for (long refused = 0; refused < count; refused++) {
