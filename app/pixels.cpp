@@ -40,12 +40,9 @@ public:
     }
 
     void removeUser() {
-        {
-            const std::scoped_lock lock(mutex);
-            if (--users > 0)
-                return;
-        }
-        giveBack();
+        const std::scoped_lock lock(mutex);
+        if (--users == 0)
+            freeBlocks();
     }
 
     /// False when the block is not to be kept.
@@ -77,9 +74,7 @@ public:
 
     void giveBack() {
         const std::scoped_lock lock(mutex);
-        for (const Block &block : blocks)
-            std::free(block.start);
-        blocks.clear();
+        freeBlocks();
     }
 
     size_t size() {
@@ -99,6 +94,12 @@ private:
     };
 
     Reserve() { blocks.reserve(kMostBlocks); } // to add one takes no memory
+
+    void freeBlocks() {
+        for (const Block &block : blocks)
+            std::free(block.start);
+        blocks.clear();
+    }
 
     std::mutex mutex;
     std::vector<Block> blocks;
