@@ -45,16 +45,13 @@ QString fileName(const std::string &path) {
 
 /// A text about a file.
 HdrError fileError(const std::string &path, const char *key, const std::string &reason) {
-    HdrError error = IIEditingViewController::error(
-        localizedText("IDS_FILE_REASON").arg(fileName(path), localizedText(key)));
-    error.reason = QString::fromStdString(path + ' ' + reason);
-    return error;
+    return IIEditingViewController::error(
+        localizedText("IDS_FILE_REASON").arg(fileName(path), localizedText(key)),
+        QString::fromStdString(path + ' ' + reason));
 }
 
 HdrError namedError(const char *key, const QString &reason) {
-    HdrError error = IIEditingViewController::error(localizedText(key));
-    error.reason = reason;
-    return error;
+    return IIEditingViewController::error(localizedText(key), reason);
 }
 
 HdrError checkError(const PhotographError &problem) {
@@ -258,8 +255,8 @@ bool IIEditingViewController::validateUserInterfaceItem(const char *action) cons
     return document.validateUserInterfaceItem(action);
 }
 
-HdrError IIEditingViewController::error(const QString &localizedDescription) {
-    return {.localizedDescription = localizedDescription};
+HdrError IIEditingViewController::error(const QString &localizedDescription, const QString &reason) {
+    return {.localizedDescription = localizedDescription, .reason = reason};
 }
 
 void IIEditingViewController::tell(const QString &text) {

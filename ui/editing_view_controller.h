@@ -111,7 +111,8 @@ public:
     /// Whether a path names a JPEG, TIFF or camera RAW file.
     static bool isSupportImage(const QString &path);
     static bool isImageItemExist(const QString &path);
-    static HdrError error(const QString &localizedDescription);
+    /// `reason` is for the log.
+    static HdrError error(const QString &localizedDescription, const QString &reason = {});
 
     // Saving, printing and sharing.
 

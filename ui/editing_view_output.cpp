@@ -50,6 +50,10 @@ QString writingReason(const FileError &error) {
     return localizedText("IDS_SAVE_FAILED");
 }
 
+QString forLog(const FileError &error) {
+    return QString::fromStdString(error.path + ' ' + error.reason);
+}
+
 EncodingOptions encodingOptions(const SaveOptions &options) {
     EncodingOptions encoding;
     if (options.saveUTI == "public.jpeg")
@@ -141,10 +145,9 @@ bool IIEditingViewController::write(QFileDialog *panel, std::function<void(const
             FileError reason;
             if (save(image, {}, url, type, options, &reason))
                 return std::nullopt;
-            HdrError failure =
-                error(localizedText("IDS_FILE_REASON").arg(QFileInfo(url).fileName(), writingReason(reason)));
-            failure.reason = QString::fromStdString(reason.path + ' ' + reason.reason);
-            return failure;
+            return error(
+                localizedText("IDS_FILE_REASON").arg(QFileInfo(url).fileName(), writingReason(reason)),
+                forLog(reason));
         };
         startRun(localizedText("IDS_SAVING"), task, didEnd);
     });
@@ -304,9 +307,7 @@ void IIEditingViewController::print() {
             startRun(localizedText("IDS_PRINTING"), [printer, image = picture->image()]() -> Failure {
                 if (printPicture(*printer, image))
                     return std::nullopt;
-                HdrError failure = error(localizedText("IDS_PRINT_FAILED"));
-                failure.reason = "the printer does not take the page";
-                return failure;
+                return error(localizedText("IDS_PRINT_FAILED"), "the printer does not take the page");
             });
         });
     });
@@ -342,11 +343,8 @@ void IIEditingViewController::shareAction() {
 Sharing *IIEditingViewController::sharingServices() {
     if (sharing == nullptr) {
         sharing = new Sharing(this);
-        connect(sharing, &Sharing::failed, this, [this] {
-            HdrError failure = error(localizedText("IDS_SHARE_FAILED"));
-            failure.reason = "no program takes the picture";
-            tell(failure);
-        });
+        connect(sharing, &Sharing::failed, this,
+                [this] { tell(error(localizedText("IDS_SHARE_FAILED"), "no program takes the picture")); });
     }
     return sharing;
 }
@@ -368,9 +366,7 @@ void IIEditingViewController::withSharedFile(const std::function<void(const QStr
             FileError reason{name.toStdString(), "cannot be shared: no folder can be made in the cache"};
             if (!folder.isEmpty() && save(image, {}, path, "public.jpeg", {}, &reason))
                 return std::nullopt;
-            HdrError failure = error(localizedText("IDS_SHARE_FAILED"));
-            failure.reason = QString::fromStdString(reason.path + ' ' + reason.reason);
-            return failure;
+            return error(localizedText("IDS_SHARE_FAILED"), forLog(reason));
         };
         startRun(localizedText("IDS_SHARING"), task, [use, path](const Failure &failure) {
             if (!failure)
